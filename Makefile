@@ -1,0 +1,46 @@
+# Velmor: make test | make demo | make bench
+BUILD ?= build
+NATIVE := $(BUILD)/native
+WIN64 := $(BUILD)/win64
+WIN32 := $(BUILD)/win32
+JOBS ?= $(shell nproc)
+export VELMOR_BUILD_DIR := $(abspath $(BUILD))
+
+.PHONY: all deps native win64 win32 test demo bench clean
+
+all: native win64 win32
+
+deps:
+	@scripts/install-deps
+
+$(NATIVE)/build.ninja: | deps
+	cmake -S . -B $(NATIVE) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+
+$(WIN64)/build.ninja: | deps
+	cmake -S . -B $(WIN64) -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-x86_64.cmake >/dev/null
+
+$(WIN32)/build.ninja: | deps
+	cmake -S . -B $(WIN32) -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-i686.cmake >/dev/null
+
+native: $(NATIVE)/build.ninja
+	cmake --build $(NATIVE) -j $(JOBS)
+
+win64: $(WIN64)/build.ninja
+	cmake --build $(WIN64) -j $(JOBS)
+
+win32: $(WIN32)/build.ninja
+	cmake --build $(WIN32) -j $(JOBS)
+
+# Native tests, then every Windows test under a private headless Wine session.
+test: native win64 win32
+	cd $(NATIVE) && ctest --output-on-failure
+	scripts/wine-session sh -c 'cd $(WIN64) && ctest --output-on-failure'
+
+demo: win64
+	scripts/run-demo
+
+bench: native win64
+	scripts/run-bench
+
+clean:
+	rm -rf $(BUILD)

@@ -1,0 +1,227 @@
+// CVelmor: the syntax-colouring editor control for S-Lang scripts.
+//
+// A host creates it as a child window (one of the creating constructors, or
+// the default constructor and Create), loads a script with LoadText, reads
+// it back with UnloadText or GetSourceCodes (comments blanked for the
+// interpreter), and shows breakpoints and the executing line in the margin.
+// The parent receives WM_COMMAND with EN_CHANGE after every completed edit.
+#pragma once
+#include "../framework/afxwin.h"
+#include "../framework/afxcmn.h"
+#include "../text/ScriptText.h"
+#include "UndoFrame.h"
+#include <stack>
+
+class CHTMLCtrl;
+
+// Style-setting bits (GetStyleSetting / SetStyleSetting).
+const WORD VELMOR_STYLE_MODIFIED = 0x0001;       // set by typing; cleared by the host
+const WORD VELMOR_STYLE_BREAKS_DISABLED = 0x0002; // breakpoint marks drawn grey
+
+// Timers of the control.
+const UINT_PTR VELMOR_TIMER_VALUETIP = 1;
+const UINT_PTR VELMOR_TIMER_RUNNINGLINE = 2;
+// Tool id of the value tip.
+const UINT_PTR VELMOR_TIP_TOOL = 1;
+
+// Resources compiled into the library.
+const UINT IDR_VELMOR_ACCEL = 129;
+
+class AFX_EXT_CLASS CVelmor : public CWnd
+{
+public:
+    CVelmor();
+    CVelmor(CWnd* pParent, const CRect& rect, int nID, int nTabSize, LOGFONTW* pLogFont, BYTE bNoFrame);
+    CVelmor(CWnd* pParent, const CRect& rect, int nID, int nTabSize, int nFontSize, const wchar_t* pszFontName,
+            BYTE bNoFrame);
+    ~CVelmor() override;
+
+    BOOL Create(DWORD dwStyle, CWnd* pParent, const CRect& rect, int nID, int nTabSize, int nFontSize,
+                const wchar_t* pszFontName);
+    void Reset();
+
+    // Text in and out.
+    void LoadText(const wchar_t* pszText);
+    void SetWindowTextW(const wchar_t* pszText) { LoadText(pszText); }
+    void UnloadText(CString& strText) const;
+    void GetWindowTextW(CString& strText) const { UnloadText(strText); }
+    void GetSourceCodes(CString& strText) const;
+    int GetLineCount();
+    CString GetLine(int nLine) const;
+    int GetCurLine();
+    void SetLine(const wchar_t* pszText, int nLine);
+
+    // The four text-changing primitives; each records an undo entry unless
+    // told not to. Note the different order of the two flags.
+    void InsertTextLine(const CString& text, int nLine, bool bUpdate, bool bNoUndo);
+    void SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUpdate);
+    void RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate);
+    void RemoveAllText();
+    // The spaces a Tab at this column inserts (1 to tab size).
+    CString MakeTab(int nColumn);
+
+    // Settings.
+    void SetStyleSetting(WORD wBits, int bOn);
+    int GetStyleSetting(WORD wBits);
+    void EnableBreaks(int bEnable);
+    int IsEnableBreaks(); // the stored "disabled" bit, not its inverse
+    void UseKeyboardAccelerators(bool bUse) { m_bUseAccel = bUse; }
+    void LockEditor(bool bLock) { m_bLock = bLock; }
+    void SetReadOnly(bool bLock) { m_bLock = bLock; }
+    bool IsLock() { return m_bLock; }
+    void SetLineNumber(bool bOn) { m_bLineNumber = bOn; }
+    void SetRunning(bool bRunning) { m_bRunning = bRunning; }
+    void SetRunningLine(int nLine) { m_nRunningLine = nLine; }
+    void SetBreakLine(int nLine);
+    void SetBreakLine(int nLine, int nMark);
+    void DeleteAllBreaks() { m_arrBreaks.RemoveAll(); }
+    int& GetFontSize() { return m_nFontSize; }
+    CString& GetFontName() { return m_strFontName; }
+    BOOL SetFontDef(int nPointSize, wchar_t* pszFace);
+    void SetCharXSpacing(int n);
+    void SetCharYSpacing(int n);
+    void SetBackgroundColor(COLORREF cr);
+    void SetHighlightColor(COLORREF cr);
+    void SetHighlightTextColor(COLORREF cr);
+    void Recolorize();
+    void SetColorizer(CColorizer* pColorizer);
+    void AddKey(wchar_t* pszWord);
+    void AddOpKey(wchar_t* pszWord);
+    void AddFuncKey(wchar_t* pszWord);
+    void InitParserVariable();
+    CStringArray& GetVarArray() { return m_arrVars; }
+    void SetScriptFun(void* pFunctionList, void* pStaticNameSpace, void* pLocalFrame);
+    void SetLocalLog(void* pLocalLog) { m_pLocalLog = pLocalLog; }
+
+    // Positions and selection.
+    CPoint GetCursorPos() { return CursorPos(); }
+    CPoint GetAnchorPos() { return AnchorPos(); }
+    void SetCursorPos(CPoint pt);
+    void SetAnchorPos(CPoint pt);
+    void SetSelection(int nAnchorX, int nAnchorY, int nCursorX, int nCursorY);
+    bool Selected();
+    bool IsSelected(int x, int y);
+
+    // Geometry of the view.
+    CRect GetLineRect(int nLine) const;
+    CRect GetLineRect(int nFirst, int nLast) const;
+    int FirstVisibleLine() const;
+    int VisibleLines(bool bAll) const;
+    int LastVisibleLine() const;
+    int VisibleColumns() const;
+    void RefreshLineNum(int bNow);
+
+    // Undo history.
+    void ClearUndoHistory();
+
+    void NotifyParent(UINT nCode);
+
+protected:
+    // Position accessors: raw, no clipping, no redraw.
+    CPoint CursorPos() const { return m_ptCursor; }
+    int CursorPosX() const { return m_ptCursor.x; }
+    int CursorPosY() const { return m_ptCursor.y; }
+    CPoint AnchorPos() const { return m_ptAnchor; }
+    int AnchorPosX() const { return m_ptAnchor.x; }
+    int AnchorPosY() const { return m_ptAnchor.y; }
+    void _SetCursorPos(int x, int y) { m_ptCursor.SetPoint(x, y); }
+    void _SetCursorPos(CPoint pt) { m_ptCursor = pt; }
+    void _SetCursorPosX(int x) { m_ptCursor.x = x; }
+    void _SetCursorPosY(int y) { m_ptCursor.y = y; }
+    void _SetAnchorPos(int x, int y) { m_ptAnchor.SetPoint(x, y); }
+    void _SetAnchorPos(CPoint pt) { m_ptAnchor = pt; }
+    void _SetAnchorPosX(int x) { m_ptAnchor.x = x; }
+    void _SetAnchorPosY(int y) { m_ptAnchor.y = y; }
+    void ClipCursorPosition(CPoint& pt);
+    void ClipCursorPosition(int& x, int& y);
+    void ClipAnchorPosition(CPoint& pt);
+    void ClipAnchorPosition(int& x, int& y);
+
+    void DrawCursor(bool bShow);
+    void UpdateScrollSizes();
+    void ScrollToLine(int nLine);
+    bool InSelection(int x, int y) const;
+    void InvalidateAll(BOOL bErase);
+
+    void StartAction();
+    void EndAction();
+    void StartUndoFrame();
+    void EndUndoFrame();
+    void ClearUndoStack(std::stack<CUndoFrame>& s);
+
+    CPoint _DrawLine(CDC* pDC, const CString& text, const std::vector<unsigned long>& colors, int nLine, int y);
+    void DrawMargin(CDC* pDC, int nLine, int y);
+    void BuildCompactBackground();
+    void MeasureFont();
+    void MeasureMetrics();
+
+    afx_msg void OnNcPaint();
+    afx_msg BOOL OnEraseBkgnd(CDC* pDC);
+    afx_msg void OnPaint();
+    afx_msg void OnSize(UINT nType, int cx, int cy);
+    afx_msg int OnCreate(LPCREATESTRUCT lpCreateStruct);
+    afx_msg BOOL OnSetCursor(CWnd* pWnd, UINT nHitTest, UINT message);
+    afx_msg void OnShowWindow(BOOL bShow, UINT nStatus);
+    afx_msg void OnTimer(UINT_PTR nIDEvent);
+
+    DECLARE_MESSAGE_MAP()
+
+public:
+    int m_nHoverLine;
+    int m_nBreakLine;           // one-based execution line, -1 none
+    CArray<char, char> m_arrBreaks; // breakpoint mark per zero-based line
+    int m_nRunningLine;
+    int m_nLastBreakLine;
+    void* m_pStaticNameSpace;
+    void* m_pLocalFrame;
+    void* m_pLocalLog;
+    void* m_pFunctionList;
+    int m_nHoverEndCol;
+    CString m_strHoverWord;
+    CToolTipCtrl m_wndValueTip;
+    CHTMLCtrl* m_pHtmlView;
+    int m_nWideCharWidth;
+    int m_anCharWidth[256];
+    int m_nLeftMargin;
+    TEXTMETRICW m_tm;
+    bool m_bLineNumber;
+    WORD m_wStyle;
+    CStringArray m_arrVars;
+    int m_nCharWidth;
+    int m_nLineHeight;
+    int m_nTabSize;
+    HCURSOR m_hCursor;
+    CFont m_font;
+    CSampleColorizer m_Colorizer;
+    int m_nFirstCol;
+    int m_nFirstLine;
+    int m_nFontSize;            // tenths of a point
+    CString m_strFontName;
+    CPoint m_ptAnchor;
+    CPoint m_ptCursor;
+    COLORREF m_crBackground;
+    COLORREF m_crHighlight;
+    COLORREF m_crHighlightText;
+    CScriptText m_Text;
+    bool m_bSelected;
+    bool m_bMouseDown;
+    bool m_bCaretCreated;
+    bool m_bLock;
+    bool m_bRunning;
+    bool m_bUseAccel;
+    bool m_bAutoIndent;
+    CPoint m_ptLastClick;
+    CUndoFrame m_CurFrame;
+    std::stack<CUndoFrame> m_UndoStack;
+    std::stack<CUndoFrame> m_RedoStack;
+    int m_nID;
+    HACCEL m_hAccel;
+    bool m_bNoFrame;            // compact mode
+    HDC m_hMemDC;               // compact mode: the parent's pixels under the control
+    HBITMAP m_hMemBitmap;
+    char m_szValueBuf[1024];
+    CString m_strClassName;
+
+private:
+    void InitMembers(COLORREF crBackground);
+};

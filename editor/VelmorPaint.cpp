@@ -1,0 +1,241 @@
+// Painting: background, margin, and the text cell by cell.
+#include "VelmorCtrl.h"
+#include "../gdi/OrvMemDC.h"
+#include <stdexcept>
+#include <vector>
+
+namespace {
+const COLORREF kNumberText = 0x00949494;
+const COLORREF kMarginBack = 0x00DEDEDE;
+const COLORREF kLockedBack = 0x00F0F0F0;
+const COLORREF kBreakPen = 0x000000DE;
+const COLORREF kBreakFill = 0x000000C8;
+const COLORREF kBreakFillRunning = 0x000000FF;
+const COLORREF kBreakPenDisabled = 0x00008080;
+const COLORREF kBreakFillDisabled = 0x00808080;
+const COLORREF kBreakNumber = 0x0000FFFF;
+const COLORREF kRunPen = 0x0000DEDE;
+const COLORREF kRunFill = 0x0000FFFF;
+const COLORREF kRunNumber = 0x000000FF;
+const COLORREF kArrowFill = 0x0000FFFF;
+const COLORREF kArrowOutline = 0x00FF0000;
+
+// Characters for which measuring a run gives each character's own width:
+// no combining marks, no surrogate halves.
+bool IsSimpleText(const wchar_t* p, int n)
+{
+    for (int i = 0; i < n; ++i)
+        if ((unsigned)p[i] >= 0x0300)
+            return false;
+    return true;
+}
+}
+
+BOOL CVelmor::OnEraseBkgnd(CDC*)
+{
+    // Everything, background included, is painted by OnPaint.
+    return TRUE;
+}
+
+void CVelmor::BuildCompactBackground()
+{
+    CWnd* pParent = GetParent();
+    if (!pParent)
+        return;
+    CRect rcWindow;
+    GetWindowRect(&rcWindow);
+    pParent->ScreenToClient(&rcWindow);
+    CRect rcClient;
+    GetClientRect(&rcClient);
+    const int w = rcClient.Width(), h = rcClient.Height();
+
+    HDC hParentDC = ::GetDC(pParent->m_hWnd);
+    m_hMemDC = ::CreateCompatibleDC(hParentDC);
+    m_hMemBitmap = ::CreateCompatibleBitmap(hParentDC, w, h);
+    ::SelectObject(m_hMemDC, m_hMemBitmap);
+    ::BitBlt(m_hMemDC, 0, 0, w, h, hParentDC, rcWindow.left, rcWindow.top, SRCCOPY);
+
+    // A sheet flood-filled with the DC's default brush, blended over the copy
+    // at m_bNoFrame/255: the parent shows through almost unchanged.
+    HDC hSheetDC = ::CreateCompatibleDC(hParentDC);
+    HBITMAP hSheet = ::CreateCompatibleBitmap(hParentDC, w, h);
+    HGDIOBJ hOldSheet = ::SelectObject(hSheetDC, hSheet);
+    ::FloodFill(hSheetDC, 0, 0, m_crBackground);
+    BLENDFUNCTION blend = { AC_SRC_OVER, 0, (BYTE)m_bNoFrame, 0 };
+    ::AlphaBlend(m_hMemDC, 0, 0, w, h, hSheetDC, 0, 0, w, h, blend);
+    ::SelectObject(hSheetDC, hOldSheet);
+    ::DeleteObject(hSheet);
+    ::DeleteDC(hSheetDC);
+    ::ReleaseDC(pParent->m_hWnd, hParentDC);
+}
+
+void CVelmor::OnPaint()
+{
+    CPaintDC dc(this);
+    CRect rcClient;
+    GetClientRect(&rcClient);
+    COrvMemDC memDC(&dc, nullptr);
+
+    if (m_bNoFrame) {
+        if (!m_hMemDC)
+            BuildCompactBackground();
+        if (m_hMemDC)
+            ::BitBlt(memDC.m_hDC, 0, 0, rcClient.Width(), rcClient.Height(), m_hMemDC, 0, 0, SRCCOPY);
+    }
+
+    CFont* pOldFont = m_font.m_hObject ? memDC.SelectObject(&m_font) : nullptr;
+    memDC.SetBkMode(TRANSPARENT);
+    int y = 0;
+    const int nLines = (int)m_Text._GetSize();
+    const int nEnd = LastVisibleLine() + 1 >= nLines ? nLines : LastVisibleLine() + 1;
+
+    if (m_bLineNumber) {
+        m_nLeftMargin = 4 * m_tm.tmAveCharWidth + 10;
+        memDC.FillSolidRect(CRect(rcClient.left, rcClient.top, m_nLeftMargin - 4, rcClient.bottom), kMarginBack);
+    } else {
+        m_nLeftMargin = 4;
+    }
+    if (!m_bNoFrame)
+        memDC.FillSolidRect(CRect(m_nLeftMargin - 4, rcClient.top, rcClient.right, rcClient.bottom),
+                            m_bLock ? kLockedBack : m_crBackground);
+
+    for (int nLine = m_nFirstLine; nLine < nEnd; ++nLine) {
+        CRect rcLine = GetLineRect(nLine), rcVisible;
+        // A view scrolled above the first line shows nothing there.
+        if (nLine >= 0 && rcVisible.IntersectRect(rcLine, rcClient))
+            _DrawLine(&memDC, m_Text.LineRef(nLine), m_Text._GetLineColors(nLine), nLine, y);
+        y += m_nLineHeight;
+    }
+    if (pOldFont)
+        memDC.SelectObject(pOldFont);
+}
+
+void CVelmor::DrawMargin(CDC* pDC, int nLine, int y)
+{
+    const int nNumber = nLine + 1;
+    CString strNumber;
+    strNumber.Format(L"%d", nNumber);
+    pDC->SetTextColor(kNumberText);
+    const CSize size = pDC->GetTextExtent(strNumber);
+    const CRect rcMark(1, y, m_nLeftMargin - 8, y + size.cy - 1);
+
+    auto drawMark = [&](COLORREF crPen, COLORREF crFill) {
+        CPen pen(PS_SOLID, 1, crPen);
+        CBrush brush(crFill);
+        CPen* pOldPen = pDC->SelectObject(&pen);
+        CBrush* pOldBrush = pDC->SelectObject(&brush);
+        pDC->RoundRect(rcMark, CPoint(4, 4));
+        pDC->SelectObject(pOldPen);
+        pDC->SelectObject(pOldBrush);
+    };
+
+    if (nLine < m_arrBreaks.GetSize() && m_arrBreaks[nLine]) {
+        if (m_wStyle & VELMOR_STYLE_BREAKS_DISABLED)
+            drawMark(kBreakPenDisabled, kBreakFillDisabled);
+        else
+            drawMark(kBreakPen, nNumber == m_nBreakLine ? kBreakFillRunning : kBreakFill);
+        pDC->SetTextColor(kBreakNumber);
+    } else if (nNumber == m_nBreakLine) {
+        drawMark(kRunPen, kRunFill);
+        pDC->SetTextColor(kRunNumber);
+    }
+    if (nNumber == m_nBreakLine) {
+        const POINT arrow[4] = {
+            { m_nLeftMargin - 6, y + 3 },
+            { m_nLeftMargin - 6, y + size.cy - 4 },
+            { m_nLeftMargin + 1, y + size.cy / 2 },
+            { m_nLeftMargin - 6, y + 3 },
+        };
+        CPen pen(PS_SOLID, 1, kArrowOutline);
+        CBrush brush(kArrowFill);
+        CPen* pOldPen = pDC->SelectObject(&pen);
+        CBrush* pOldBrush = pDC->SelectObject(&brush);
+        pDC->Polygon(arrow, 4);
+        pDC->SelectObject(pOldPen);
+        pDC->SelectObject(pOldBrush);
+    }
+    pDC->TextOut(m_nLeftMargin - size.cx - m_tm.tmAveCharWidth + 2, y, strNumber);
+}
+
+// Every character sits in its own cell: the cell is as wide as the font's
+// width of that character (the width of the previous one when that is 0),
+// and characters above U+007E take two cells. Unselected characters of one
+// colour are drawn as one run placed with those same per-character
+// advances, which gives the same pixels as drawing them one by one.
+CPoint CVelmor::_DrawLine(CDC* pDC, const CString& text, const std::vector<unsigned long>& colors, int nLine,
+                          int y)
+{
+    if (m_bLineNumber)
+        DrawMargin(pDC, nLine, y);
+
+    int x = m_nLeftMargin;
+    const int first = m_nFirstCol > 0 ? m_nFirstCol : 0;
+    const int n = text.GetLength() - first;
+    if (n <= 0)
+        return CPoint(x, y);
+    const wchar_t* p = text.GetString() + first;
+
+    // Cell widths.
+    std::vector<int> cell((size_t)n), advance((size_t)n);
+    const bool bRuns = IsSimpleText(p, n);
+    if (bRuns) {
+        std::vector<int> extent((size_t)n);
+        SIZE total;
+        ::GetTextExtentExPointW(pDC->m_hAttribDC, p, n, 0, nullptr, extent.data(), &total);
+        for (int i = 0; i < n; ++i)
+            cell[(size_t)i] = extent[(size_t)i] - (i ? extent[(size_t)i - 1] : 0);
+    } else {
+        for (int i = 0; i < n; ++i)
+            cell[(size_t)i] = pDC->GetTextExtent(p + i, 1).cx;
+    }
+    for (int i = 0; i < n; ++i) {
+        if (cell[(size_t)i] > 0)
+            m_nCharWidth = cell[(size_t)i];
+        cell[(size_t)i] = m_nCharWidth;
+        advance[(size_t)i] = (unsigned)p[i] > 126 ? 2 * m_nCharWidth : m_nCharWidth;
+    }
+
+    const bool bSelection = Selected();
+    int runStart = 0, runX = x;
+    COLORREF runColor = 0;
+    auto flush = [&](int end) {
+        if (end > runStart) {
+            pDC->SetTextColor(runColor);
+            ::ExtTextOutW(pDC->m_hDC, runX, y, 0, nullptr, p + runStart, (UINT)(end - runStart), &advance[(size_t)runStart]);
+        }
+    };
+
+    for (int i = 0; i < n; ++i) {
+        const int c = first + i;
+        if (bSelection && InSelection(c, nLine)) {
+            flush(i);
+            pDC->SetTextColor(m_crHighlightText);
+            pDC->FillSolidRect(CRect(x, y, x + cell[(size_t)i], y + m_nLineHeight), m_crHighlight);
+            pDC->TextOut(x, y, p + i, 1);
+            runStart = i + 1;
+            runX = x + advance[(size_t)i];
+        } else {
+            if ((size_t)c >= colors.size()) {
+                // Every line is coloured before it is painted.
+                flush(i);
+                throw std::out_of_range("invalid vector<T> subscript");
+            }
+            const COLORREF color = colors[(size_t)c];
+            if (!bRuns) {
+                pDC->SetTextColor(color);
+                pDC->TextOut(x, y, p + i, 1);
+                runStart = i + 1;
+                runX = x + advance[(size_t)i];
+            } else if (i > runStart && color != runColor) {
+                flush(i);
+                runStart = i;
+                runX = x;
+            }
+            runColor = color;
+        }
+        x += advance[(size_t)i];
+    }
+    if (bRuns)
+        flush(n);
+    return CPoint(x, y);
+}

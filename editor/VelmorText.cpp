@@ -1,0 +1,186 @@
+// Text in and out, and the four primitives every edit goes through.
+#include "VelmorCtrl.h"
+#include <algorithm>
+
+namespace {
+
+bool HasCommentDelimiter(const CString& s)
+{
+    return s.Find(L"/*") >= 0 || s.Find(L"*/") >= 0;
+}
+
+// The control whose LoadText is running. Its whole text is recoloured once
+// when the load ends, so the per-line full recolouring that a comment
+// delimiter triggers is skipped meanwhile: it would be overwritten anyway
+// and makes loading quadratic in the number of such lines.
+thread_local const CVelmor* t_pLoading = nullptr;
+
+} // namespace
+
+void CVelmor::LoadText(const wchar_t* pszText)
+{
+    Reset();
+    if (!pszText)
+        pszText = L"";
+
+    t_pLoading = this;
+    try {
+        CString buffer;
+        int column = 0;
+        bool sawLineFeed = false;
+        for (const wchar_t* p = pszText; *p; ++p) {
+            if (*p == L'\n') {
+                InsertTextLine(buffer, m_ptCursor.y, false, false);
+                buffer.Empty();
+                column = 0;
+                _SetCursorPos(0, m_ptCursor.y + 1);
+                sawLineFeed = true;
+            } else if (*p == L'\t') {
+                CString tab = MakeTab(column);
+                buffer += tab;
+                column += tab.GetLength();
+            } else {
+                // Carriage returns stay in the line, as any other character.
+                buffer += *p;
+                ++column;
+            }
+        }
+        // Text after the last line feed is dropped: a loaded text is expected
+        // to end with one, as UnloadText writes it.
+        if (!sawLineFeed)
+            InsertTextLine(buffer, m_ptCursor.y, false, false);
+    } catch (...) {
+        t_pLoading = nullptr;
+        throw;
+    }
+    t_pLoading = nullptr;
+
+    m_ptCursor = m_ptAnchor = CPoint(0, 0);
+    m_nFirstCol = m_nFirstLine = 0;
+    m_bSelected = m_bMouseDown = false;
+    m_Text.FullUpdate();
+    EndAction();
+    UpdateScrollSizes();
+    InvalidateAll(TRUE);
+    DrawCursor(true);
+}
+
+void CVelmor::UnloadText(CString& strText) const
+{
+    strText.Empty();
+    const int n = (int)m_Text._GetSize();
+    for (int i = 0; i < n; ++i) {
+        strText += m_Text.LineRef(i);
+        if (n > 1)
+            strText += L'\n';
+    }
+}
+
+void CVelmor::GetSourceCodes(CString& strText) const
+{
+    strText.Empty();
+    const int n = (int)m_Text._GetSize();
+    CString line;
+    for (int i = 0; i < n; ++i) {
+        line = m_Text.LineRef(i);
+        const std::vector<unsigned long>& colors = m_Text._GetLineColors(i);
+        const int len = std::min(line.GetLength(), (int)colors.size());
+        // Comment characters become spaces so that columns and line numbers
+        // stay those of the display.
+        for (int c = 0; c < len; ++c)
+            if (IsCommentColor(colors[(size_t)c]))
+                line.SetAt(c, L' ');
+        strText += line;
+        if (n > 1)
+            strText += L'\n';
+    }
+}
+
+int CVelmor::GetLineCount()
+{
+    return (int)m_Text._GetSize();
+}
+
+CString CVelmor::GetLine(int nLine) const
+{
+    return m_Text._GetLine(nLine);
+}
+
+int CVelmor::GetCurLine()
+{
+    return m_ptCursor.y;
+}
+
+void CVelmor::SetLine(const wchar_t* pszText, int nLine)
+{
+    DrawCursor(false);
+    StartAction();
+    try {
+        SetTextLine(CString(pszText), nLine, false, true);
+    } catch (...) {
+        DrawCursor(true);
+        throw;
+    }
+    EndAction();
+    DrawCursor(true);
+}
+
+void CVelmor::InsertTextLine(const CString& text, int nLine, bool bUpdate, bool bNoUndo)
+{
+    if (nLine < 0)
+        AfxThrowInvalidArgException();
+    // An index past the end appends; record where the line really went.
+    const int nSize = (int)m_Text._GetSize();
+    if (nLine > nSize)
+        nLine = nSize;
+    if (!bNoUndo)
+        m_CurFrame.AddEntry(UndoEntry{ CString(), LineInserted, nLine, m_ptCursor, m_ptAnchor });
+    m_Text._InsertLine(text, nLine, bUpdate);
+    if (t_pLoading != this && HasCommentDelimiter(text))
+        m_Text.FullUpdate();
+    if (bUpdate)
+        UpdateScrollSizes();
+}
+
+void CVelmor::SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUpdate)
+{
+    CString old = m_Text._GetLine(nLine); // a bad index throws before anything changes
+    if (!bNoUndo)
+        m_CurFrame.AddEntry(UndoEntry{ old, LineChanged, nLine, m_ptCursor, m_ptAnchor });
+    if (m_Text._SetLine(text, nLine) == 1)
+        InvalidateAll(TRUE);
+    if (bUpdate)
+        UpdateScrollSizes();
+}
+
+void CVelmor::RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate)
+{
+    if (nLine >= (int)m_Text._GetSize())
+        return;
+    CString old = m_Text._GetLine(nLine);
+    if (!bNoUndo)
+        m_CurFrame.AddEntry(UndoEntry{ old, LineRemoved, nLine, m_ptCursor, m_ptAnchor });
+    m_Text._RemoveLine(nLine);
+    if (HasCommentDelimiter(old))
+        m_Text.FullUpdate();
+    if (bUpdate)
+        UpdateScrollSizes();
+}
+
+void CVelmor::RemoveAllText()
+{
+    const int n = (int)m_Text._GetSize();
+    for (int i = 0; i < n; ++i)
+        m_CurFrame.AddEntry(UndoEntry{ m_Text.LineRef(i), LineRemoved, i, m_ptCursor, m_ptAnchor });
+    m_Text._RemoveAll();
+    UpdateScrollSizes();
+    NotifyParent(EN_CHANGE);
+}
+
+CString CVelmor::MakeTab(int nColumn)
+{
+    // A tab size below 1 would divide by zero; it counts as 1.
+    const int size = m_nTabSize > 0 ? m_nTabSize : 1;
+    const int col = nColumn > 0 ? nColumn : 0;
+    return CString(L' ', size - col % size);
+}

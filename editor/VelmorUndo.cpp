@@ -1,0 +1,58 @@
+// Recording of undo frames.
+#include "VelmorCtrl.h"
+
+CUndoFrame::~CUndoFrame() {}
+
+bool CUndoFrame::PopEntry(UndoEntry& e)
+{
+    if (m_entries.empty())
+        return false;
+    e = m_entries.top();
+    m_entries.pop();
+    return true;
+}
+
+void CUndoFrame::Clear()
+{
+    while (!m_entries.empty())
+        m_entries.pop();
+}
+
+void CVelmor::StartAction()
+{
+    StartUndoFrame();
+}
+
+void CVelmor::EndAction()
+{
+    EndUndoFrame();
+    NotifyParent(EN_CHANGE);
+}
+
+void CVelmor::StartUndoFrame()
+{
+    // Not reentrant: a second start discards what the first gathered.
+    m_CurFrame.Clear();
+    ClearUndoStack(m_RedoStack);
+}
+
+void CVelmor::EndUndoFrame()
+{
+    if (m_CurFrame.IsEmpty())
+        return;
+    m_UndoStack.push(m_CurFrame);
+    m_CurFrame.Clear();
+}
+
+void CVelmor::ClearUndoStack(std::stack<CUndoFrame>& s)
+{
+    while (!s.empty())
+        s.pop();
+}
+
+void CVelmor::ClearUndoHistory()
+{
+    m_CurFrame.Clear();
+    ClearUndoStack(m_RedoStack);
+    ClearUndoStack(m_UndoStack);
+}

@@ -1,0 +1,266 @@
+// View geometry, scroll bars, the caret, positions and the selection.
+#include "VelmorCtrl.h"
+#include <algorithm>
+
+namespace {
+// Orders two positions: the smaller line first, on one line the smaller column.
+void Normalize(CPoint a, CPoint b, CPoint& start, CPoint& end)
+{
+    if (a.y < b.y || (a.y == b.y && a.x <= b.x)) {
+        start = a;
+        end = b;
+    } else {
+        start = b;
+        end = a;
+    }
+}
+}
+
+// ---------------------------------------------------------------------------
+// Geometry
+
+CRect CVelmor::GetLineRect(int nLine) const
+{
+    if (!m_hWnd)
+        return CRect(-1, -1, -1, -1);
+    CRect rc;
+    GetClientRect(&rc);
+    rc.top = (nLine - FirstVisibleLine()) * m_nLineHeight;
+    rc.bottom = rc.top + m_nLineHeight;
+    return rc;
+}
+
+CRect CVelmor::GetLineRect(int nFirst, int nLast) const
+{
+    if (!m_hWnd)
+        return CRect(-1, -1, -1, -1);
+    if (nFirst > nLast)
+        std::swap(nFirst, nLast);
+    CRect rc;
+    GetClientRect(&rc);
+    rc.top = (nFirst - FirstVisibleLine()) * m_nLineHeight;
+    rc.bottom = (nLast - FirstVisibleLine()) * m_nLineHeight + m_nLineHeight;
+    return rc;
+}
+
+int CVelmor::FirstVisibleLine() const
+{
+    return m_hWnd ? m_nFirstLine : -1;
+}
+
+int CVelmor::VisibleLines(bool bAll) const
+{
+    if (!m_hWnd)
+        return 0;
+    CRect rc;
+    GetClientRect(&rc);
+    const int h = rc.Height() / std::max(m_nLineHeight, 1);
+    return bAll ? h : std::min(h, (int)m_Text._GetSize());
+}
+
+int CVelmor::LastVisibleLine() const
+{
+    if (!m_hWnd)
+        return -1;
+    const int n = (int)m_Text._GetSize();
+    const int last = FirstVisibleLine() + VisibleLines(false);
+    return last <= n ? last : n;
+}
+
+int CVelmor::VisibleColumns() const
+{
+    if (!m_hWnd)
+        return -1;
+    CRect rc;
+    GetClientRect(&rc);
+    return rc.Width() / std::max(m_nCharWidth, 1) - 1;
+}
+
+void CVelmor::RefreshLineNum(int bNow)
+{
+    if (!m_hWnd)
+        return;
+    CRect rc;
+    GetClientRect(&rc);
+    rc.right = m_nLeftMargin + 2;
+    if (bNow)
+        RedrawWindow(&rc, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+    else
+        InvalidateRect(&rc, TRUE);
+}
+
+// ---------------------------------------------------------------------------
+// Scrolling
+
+void CVelmor::UpdateScrollSizes()
+{
+    if (!m_hWnd)
+        return;
+    SCROLLINFO si = {};
+    si.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
+    const int nLines = (int)m_Text._GetSize();
+    const int nVisible = VisibleLines(false);
+    si.nMin = 0;
+    si.nMax = nLines > nVisible ? nLines - 1 : 0;
+    si.nPage = (UINT)std::max(nVisible, 0);
+    si.nPos = m_nFirstLine;
+    SetScrollInfo(SB_VERT, &si, TRUE);
+
+    const int nMaxLen = (int)m_Text.FindMaxLineLen();
+    const int nCols = VisibleColumns();
+    si.nMax = nMaxLen > nCols ? nMaxLen - 1 : 0;
+    si.nPage = (UINT)std::max(nCols, 0);
+    si.nPos = m_nFirstCol;
+    SetScrollInfo(SB_HORZ, &si, TRUE);
+}
+
+void CVelmor::ScrollToLine(int nLine)
+{
+    if (!m_hWnd)
+        return;
+    // Negative lines are stored as given; callers pass lines >= 0.
+    m_nFirstLine = std::min(nLine, (int)m_Text._GetSize() - 1);
+    SetScrollPos(SB_VERT, m_nFirstLine, TRUE);
+    Invalidate(TRUE);
+}
+
+void CVelmor::OnTimer(UINT_PTR nIDEvent)
+{
+    if (nIDEvent == VELMOR_TIMER_RUNNINGLINE) {
+        KillTimer(VELMOR_TIMER_RUNNINGLINE);
+        if (m_nBreakLine >= 0 && (m_nBreakLine < FirstVisibleLine() || m_nBreakLine > LastVisibleLine()))
+            ScrollToLine(m_nBreakLine < 4 ? 0 : m_nBreakLine - 4);
+        RefreshLineNum(FALSE);
+    }
+    CWnd::OnTimer(nIDEvent);
+}
+
+// ---------------------------------------------------------------------------
+// Caret
+
+void CVelmor::DrawCursor(bool bShow)
+{
+    if (!m_hWnd || ::GetFocus() != m_hWnd)
+        return;
+    CClientDC dc(this);
+    CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
+    CString line;
+    if (m_ptCursor.y >= 0 && m_ptCursor.y < (int)m_Text._GetSize())
+        line = m_Text.LineRef(m_ptCursor.y).Mid(m_nFirstCol, m_ptCursor.x - m_nFirstCol);
+    const int x = dc.GetTextExtent(line).cx + m_nLeftMargin;
+    const int y = (m_ptCursor.y - m_nFirstLine) * m_nLineHeight;
+    if (pOld)
+        dc.SelectObject(pOld);
+    if (bShow && !m_bCaretCreated) {
+        CreateSolidCaret(1, m_nLineHeight);
+        ShowCaret();
+        m_bCaretCreated = true;
+    } else if (!bShow && m_bCaretCreated) {
+        HideCaret();
+        ::DestroyCaret();
+        m_bCaretCreated = false;
+    }
+    SetCaretPos(CPoint(x, y));
+}
+
+// ---------------------------------------------------------------------------
+// Positions and selection
+
+void CVelmor::ClipCursorPosition(CPoint& pt)
+{
+    const int n = (int)m_Text._GetSize();
+    if (n == 0) {
+        pt = CPoint(0, 0);
+        return;
+    }
+    if (pt.y < 0)
+        pt.y = 0;
+    if (pt.y > n - 1)
+        pt.y = n - 1;
+    if (pt.x < 0)
+        pt.x = 0;
+    const int len = m_Text.LineRef(pt.y).GetLength();
+    if (pt.x > len)
+        pt.x = len;
+}
+
+void CVelmor::ClipCursorPosition(int& x, int& y)
+{
+    CPoint pt(x, y);
+    ClipCursorPosition(pt);
+    x = pt.x;
+    y = pt.y;
+}
+
+void CVelmor::ClipAnchorPosition(CPoint& pt)
+{
+    ClipCursorPosition(pt);
+}
+
+void CVelmor::ClipAnchorPosition(int& x, int& y)
+{
+    ClipCursorPosition(x, y);
+}
+
+void CVelmor::SetCursorPos(CPoint pt)
+{
+    ClipCursorPosition(pt);
+    _SetCursorPos(pt);
+    DrawCursor(true);
+    InvalidateAll(FALSE);
+}
+
+void CVelmor::SetAnchorPos(CPoint pt)
+{
+    ClipAnchorPosition(pt);
+    _SetAnchorPos(pt);
+    DrawCursor(true);
+    InvalidateAll(FALSE);
+}
+
+void CVelmor::SetSelection(int nAnchorX, int nAnchorY, int nCursorX, int nCursorY)
+{
+    ClipAnchorPosition(nAnchorX, nAnchorY);
+    ClipCursorPosition(nCursorX, nCursorY);
+    _SetAnchorPos(nAnchorX, nAnchorY);
+    _SetCursorPos(nCursorX, nCursorY);
+    DrawCursor(true);
+    InvalidateAll(FALSE);
+}
+
+bool CVelmor::Selected()
+{
+    const bool bSelected = m_ptAnchor != m_ptCursor;
+    if (bSelected != m_bSelected) {
+        m_bSelected = bSelected;
+        if (m_hWnd) {
+            if (bSelected) {
+                CRect rc = GetLineRect(m_ptAnchor.y, m_ptCursor.y);
+                InvalidateRect(&rc, TRUE);
+            } else {
+                Invalidate(FALSE);
+            }
+        }
+    }
+    return bSelected;
+}
+
+bool CVelmor::InSelection(int x, int y) const
+{
+    CPoint start, end;
+    Normalize(m_ptAnchor, m_ptCursor, start, end);
+    if (start.y == end.y)
+        return y == start.y && x >= start.x && x < end.x;
+    if (y > start.y && y < end.y)
+        return true;
+    if (y == start.y)
+        return x >= start.x;
+    if (y == end.y)
+        return x < end.x;
+    return false;
+}
+
+bool CVelmor::IsSelected(int x, int y)
+{
+    return Selected() && InSelection(x, y);
+}

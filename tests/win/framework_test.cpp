@@ -1,0 +1,161 @@
+// The framework's window half: creation attaches the object before the
+// first message, message maps dispatch in declaration order with base maps
+// last, commands route by id range, exceptions never escape a message.
+#include "host.h"
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+class CBaseProbe : public CWnd
+{
+public:
+    std::vector<std::wstring> log;
+    UINT firstMessage = 0;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+    {
+        if (!firstMessage)
+            firstMessage = message;
+        return CWnd::WindowProc(message, wParam, lParam);
+    }
+
+protected:
+    afx_msg void OnSize(UINT, int cx, int cy) { log.push_back(L"base size " + std::to_wstring(cx)); }
+    afx_msg void OnTimer(UINT_PTR id) { log.push_back(L"base timer " + std::to_wstring(id)); }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(CBaseProbe, CWnd)
+    ON_WM_SIZE()
+    ON_WM_TIMER()
+END_MESSAGE_MAP()
+
+class CProbe : public CBaseProbe
+{
+public:
+    int created = 0;
+    UINT lastCommand = 0;
+    int throwsOnPaint = 0;
+
+protected:
+    afx_msg int OnCreate(LPCREATESTRUCT cs)
+    {
+        if (CWnd::OnCreate(cs) == -1)
+            return -1;
+        ++created;
+        return 0;
+    }
+    afx_msg void OnTimer(UINT_PTR id) { log.push_back(L"derived timer " + std::to_wstring(id)); }
+    afx_msg void OnTimerAgain(UINT_PTR) { log.push_back(L"second entry"); }
+    afx_msg void OnFirstRange(UINT id) { lastCommand = id; log.push_back(L"first range"); }
+    afx_msg void OnSecondRange(UINT id) { lastCommand = id; log.push_back(L"second range"); }
+    afx_msg void OnPaint()
+    {
+        CPaintDC dc(this);
+        ++throwsOnPaint;
+        AfxThrowInvalidArgException();
+    }
+    afx_msg LRESULT OnPrivate(WPARAM w, LPARAM l) { return (LRESULT)(w + l); }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(CProbe, CBaseProbe)
+    ON_WM_CREATE()
+    ON_WM_TIMER()
+    { WM_TIMER, 0, 0, 0, AFX_THUNK(_p->OnTimerAgain((UINT_PTR)wParam); *_r = 0) },
+    ON_COMMAND_RANGE(100, 200, &CProbe::OnFirstRange)
+    ON_COMMAND_RANGE(100, 300, &CProbe::OnSecondRange)
+    ON_WM_PAINT()
+    ON_MESSAGE(WM_APP + 1, &CProbe::OnPrivate)
+END_MESSAGE_MAP()
+
+} // namespace
+
+TEST(Framework, WindowsAreAttachedBeforeTheirFirstMessage)
+{
+    HostWindow host;
+    CProbe probe;
+    ASSERT_TRUE(probe.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(0, 0, 100, 50), host.wnd(), 5));
+    EXPECT_NE(0u, probe.firstMessage);
+    EXPECT_TRUE(probe.firstMessage == WM_NCCREATE || probe.firstMessage == WM_GETMINMAXINFO);
+    EXPECT_EQ(1, probe.created);
+    EXPECT_EQ(&probe, CWnd::FromHandlePermanent(probe.m_hWnd));
+    EXPECT_EQ(&probe, CWnd::FromHandle(probe.m_hWnd));
+    EXPECT_EQ(host.hwnd(), probe.GetParent()->m_hWnd);
+    // The default class takes double clicks.
+    EXPECT_NE(0u, GetClassLongPtrW(probe.m_hWnd, GCL_STYLE) & CS_DBLCLKS);
+
+    HWND h = probe.m_hWnd;
+    probe.DestroyWindow();
+    EXPECT_EQ(nullptr, probe.m_hWnd);
+    EXPECT_EQ(nullptr, CWnd::FromHandlePermanent(h));
+}
+
+TEST(Framework, MessageMapsDispatchInOrderThenBaseMaps)
+{
+    HostWindow host;
+    CProbe probe;
+    ASSERT_TRUE(probe.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(0, 0, 100, 50), host.wnd(), 5));
+    probe.log.clear();
+    probe.SendMessage(WM_TIMER, 7, 0);
+    probe.MoveWindow(0, 0, 120, 50);
+    ASSERT_EQ(2u, probe.log.size());
+    EXPECT_EQ(L"derived timer 7", probe.log[0]); // first matching entry wins
+    EXPECT_EQ(L"base size 120", probe.log[1]);  // found in the base class's map
+
+    probe.SendMessage(WM_COMMAND, MAKEWPARAM(150, 0), 0);
+    EXPECT_EQ(150u, probe.lastCommand);
+    EXPECT_EQ(L"first range", probe.log.back());
+    probe.SendMessage(WM_COMMAND, MAKEWPARAM(250, 0), 0);
+    EXPECT_EQ(L"second range", probe.log.back());
+    probe.log.clear();
+    probe.SendMessage(WM_COMMAND, MAKEWPARAM(400, 0), 0);
+    EXPECT_TRUE(probe.log.empty());
+
+    EXPECT_EQ(12, probe.SendMessage(WM_APP + 1, 5, 7));
+}
+
+TEST(Framework, ExceptionsDoNotEscapeMessageHandlers)
+{
+    HostWindow host;
+    CProbe probe;
+    ASSERT_TRUE(probe.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(0, 0, 100, 50), host.wnd(), 5));
+    probe.Invalidate();
+    probe.UpdateWindow();
+    PumpMessages();
+    EXPECT_EQ(1, probe.throwsOnPaint); // validated: not asked to paint again
+    EXPECT_TRUE(IsWindow(probe.m_hWnd));
+}
+
+TEST(Framework, StringsAreUtf16AndDevicesMeasure)
+{
+    static_assert(sizeof(wchar_t) == 2, "UTF-16 on Windows");
+    CString s(L"a\U0001F600b");
+    EXPECT_EQ(4, s.GetLength()); // a surrogate pair is two characters
+    EXPECT_EQ(3, s.Find(L'b'));
+    CString f;
+    f.Format(L"%ls=%d", L"n", 42);
+    EXPECT_EQ(CString(L"n=42"), f);
+
+    CFont font;
+    ASSERT_TRUE(font.CreatePointFont(100, L"Liberation Mono"));
+    LOGFONTW lf;
+    font.GetLogFont(&lf);
+    EXPECT_EQ(-13, lf.lfHeight); // 10 pt at 96 dpi
+    CClientDC dc(nullptr);
+    CFont* old = dc.SelectObject(&font);
+    TEXTMETRICW tm;
+    dc.GetTextMetrics(&tm);
+    EXPECT_EQ(15, tm.tmHeight);
+    EXPECT_EQ(8, tm.tmAveCharWidth);
+    EXPECT_EQ(24, dc.GetTextExtent(CString(L"abc")).cx);
+    dc.SelectObject(old);
+
+    // "Courier New" is mapped to the metric-compatible face in the test prefix.
+    CFont courier;
+    courier.CreatePointFont(100, L"Courier New");
+    old = dc.SelectObject(&courier);
+    EXPECT_EQ(dc.GetTextExtent(CString(L"i")).cx, dc.GetTextExtent(CString(L"W")).cx);
+    dc.SelectObject(old);
+}

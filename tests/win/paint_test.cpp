@@ -1,0 +1,2 @@
+#include "host.h"
+#include <gtest/gtest.h>

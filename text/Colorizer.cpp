@@ -1,0 +1,169 @@
+#include "Colorizer.h"
+#include <cwctype>
+
+namespace {
+
+// Letters, digits (of the runtime's wide classification) and '_'.
+inline bool IsWordChar(wchar_t c)
+{
+    if (c < 0x80)
+        return (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_';
+    return iswalnum((wint_t)c) != 0;
+}
+
+// Paints [from, to) clamped to the vector.
+inline void Fill(std::vector<unsigned long>& colors, int from, int to, unsigned long c)
+{
+    if (from < 0)
+        from = 0;
+    if (to > (int)colors.size())
+        to = (int)colors.size();
+    for (int i = from; i < to; ++i)
+        colors[(size_t)i] = c;
+}
+
+// Paints [from, to) except characters that already carry a comment colour.
+inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, int to, unsigned long c)
+{
+    for (int i = from; i < to; ++i)
+        if (!IsCommentColor(colors[(size_t)i]))
+            colors[(size_t)i] = c;
+}
+
+} // namespace
+
+CColorizer::CColorizer() : m_bInComment(false), m_bNoCase(false) {}
+
+CColorizer::~CColorizer() {}
+
+void CColorizer::Insert(std::set<CString>& set, const wchar_t* pszWord) const
+{
+    if (!pszWord)
+        return;
+    CString word(pszWord);
+    if (m_bNoCase)
+        word.MakeUpper();
+    set.insert(word);
+}
+
+int CColorizer::Contains(const std::set<CString>& set, CString& word) const
+{
+    if (!m_bNoCase)
+        return set.count(word) ? 1 : 0;
+    CString upper(word);
+    upper.MakeUpper();
+    return set.count(upper) ? 1 : 0;
+}
+
+void CColorizer::InsertKey(wchar_t* pszWord) { Insert(m_setKeys, pszWord); }
+void CColorizer::InsertOpKey(wchar_t* pszWord) { Insert(m_setOps, pszWord); }
+void CColorizer::InsertFuncKey(wchar_t* pszWord) { Insert(m_setFuncs, pszWord); }
+int CColorizer::IsKeyWord(CString& word) { return Contains(m_setKeys, word); }
+int CColorizer::IsOpWord(CString& word) { return Contains(m_setOps, word); }
+int CColorizer::IsFuncWord(CString& word) { return Contains(m_setFuncs, word); }
+
+void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& colors)
+{
+    const int len = line.GetLength();
+    if (len == 0) {
+        colors.clear();
+        return;
+    }
+    // Existing colours stay: a word that matches no set keeps what it had.
+    colors.resize((size_t)len);
+    const wchar_t* p = line.GetString();
+    CString word;
+    int i = 0;
+    while (i < len) {
+        if (IsCommentColor(colors[(size_t)i])) {
+            ++i;
+            continue;
+        }
+        while (i < len && !IsWordChar(p[i]))
+            ++i;
+        const int start = i;
+        while (i < len && IsWordChar(p[i]))
+            ++i;
+        word.SetString(p + start, i - start);
+        if (IsKeyWord(word))
+            FillOutsideComments(colors, start, i, COLOR_KEYWORD);
+        else if (IsOpWord(word))
+            FillOutsideComments(colors, start, i, COLOR_OPERATOR);
+        else if (IsFuncWord(word))
+            FillOutsideComments(colors, start, i, COLOR_FUNCTION);
+    }
+}
+
+CSampleColorizer::~CSampleColorizer() {}
+
+void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& colors)
+{
+    const int len = line.GetLength();
+    if (len == 0) {
+        colors.clear();
+        return;
+    }
+    colors.assign((size_t)len, COLOR_DEFAULT);
+
+    // Block comments, pair by pair. The searches resume two characters after
+    // each match; "*/" before "/*" on one line leaves the in-comment flag alone.
+    if (len >= 2) {
+        int close = 0, open = 0;
+        for (;;) {
+            const int seg = open;
+            if (close < 0 && open < 0)
+                break;
+            close = (close >= 0 && close < len) ? line.Find(L"*/", close) : -1;
+            open = (open >= 0 && open < len) ? line.Find(L"/*", open) : -1;
+            if (close >= 0 && open >= 0 && close <= open) {
+                Fill(colors, 0, close + 2, COLOR_CLOSED_COMMENT);
+                Fill(colors, open, len, COLOR_OPEN_COMMENT);
+            } else if (close >= 0 && open >= 0) {
+                Fill(colors, open, close + 2, COLOR_CLOSED_COMMENT);
+            } else if (close >= 0) {
+                Fill(colors, 0, close + 2, COLOR_CLOSED_COMMENT);
+                m_bInComment = false;
+            } else if (open >= 0) {
+                Fill(colors, open, len, COLOR_OPEN_COMMENT);
+                m_bInComment = true;
+            } else {
+                if (m_bInComment)
+                    Fill(colors, seg, len, COLOR_OPEN_COMMENT);
+                break;
+            }
+            if (close >= 0)
+                close += 2;
+            if (open >= 0)
+                open += 2;
+        }
+    }
+
+    // A line comment runs to the end, whatever it stands in.
+    const int slashes = line.Find(L"//");
+    if (slashes >= 0)
+        Fill(colors, slashes, len, COLOR_CLOSED_COMMENT);
+
+    // Only the first string literal of the line, and only when it is closed.
+    const int q1 = line.Find(L'"');
+    if (q1 >= 0) {
+        const int q2 = line.Find(L'"', q1 + 1);
+        if (q2 >= 0)
+            FillOutsideComments(colors, q1, q2 + 1, COLOR_STRING);
+    }
+
+    const wchar_t* p = line.GetString();
+    const bool plusMinus = p[0] == L'@' && (p[1] == L'-' || p[1] == L'+');
+    if (len == 2 && plusMinus) {
+        Fill(colors, 0, len, COLOR_KEYWORD);
+        return;
+    }
+    if (len > 2 && plusMinus) {
+        Fill(colors, 0, len, COLOR_MARKER);
+        return;
+    }
+    if (len > 2 && p[0] == L'@' && p[1] == L':') {
+        Fill(colors, 0, len, COLOR_LABEL);
+        return;
+    }
+    CColorizer::SetLineColors(line, colors);
+}

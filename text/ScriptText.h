@@ -1,0 +1,54 @@
+// CScriptText: the lines of one document and, beside each line, one colour
+// per character. Block-comment state is carried in the colours themselves
+// (see Colorizer.h), so a change that opens or closes a comment recolours
+// the lines after it.
+#pragma once
+#include "Colorizer.h"
+#include <vector>
+
+class AFX_EXT_CLASS CScriptText
+{
+public:
+    CScriptText();
+    ~CScriptText();
+    // Copies lines and colours; keeps this store's colorizer and cached
+    // maximum line length.
+    CScriptText& operator=(CScriptText& other);
+
+    CColorizer* GetColorizer() { return m_pColorizer; }
+    // Stores the colorizer only; the caller recolours with FullUpdate.
+    void SetColorizer(CColorizer* p) { m_pColorizer = p; }
+
+    // Inserts text as line nLine; bColor colours it at once (otherwise it
+    // stays uncoloured until FullUpdate). An index past the end appends.
+    void _InsertLine(const CString& text, int nLine, int bColor);
+    // Replaces line nLine; returns 1 when the whole text was recoloured.
+    int _SetLine(const CString& text, int nLine);
+    void _RemoveLine(int nLine);
+    // Empties the store, leaving one empty line.
+    void _RemoveAll();
+    long _GetSize() const { return (long)m_arrLines.GetSize(); }
+    CString _GetLine(int nLine) const { return m_arrLines.GetAt(nLine); }
+    const std::vector<unsigned long>& _GetLineColors(int nLine) const;
+
+    void FullUpdate();
+    // Recolours from nLine forward up to a "*/" line, or backward (never
+    // reaching line 0) up to a "/*" line.
+    void ResetTextColor(int nLine, int bUp);
+    long FindMaxLineLen();
+    int IsCommentOut(int nCol, int nLine);
+
+    // Direct read access for painting and export; nLine must be valid.
+    const CString& LineRef(int nLine) const { return m_arrLines.GetAt(nLine); }
+
+private:
+    std::vector<unsigned long>& Colors(int nLine);
+    void ColorLine(int nLine);
+
+public:
+    long m_nMaxLineLen;
+    CStringArray m_arrLines;
+    CColorizer m_DefColorizer;
+    CColorizer* m_pColorizer;
+    std::vector<std::vector<unsigned long>> m_LineColors;
+};
