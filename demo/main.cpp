@@ -1,0 +1,492 @@
+// velmor-demo: a host application that embeds the Velmor control the way a
+// customer's program does. A plain Win32 main window (no framework of its
+// own) with File, View and Debug menus; the control fills the client area.
+//
+//   velmor-demo.exe [script]            opens a window
+//   velmor-demo.exe --tour <dir> [script]  plays a short scripted tour,
+//                                        writes a PNG of each screen into
+//                                        <dir>, prints the paths and exits
+#include "editor/VelmorCtrl.h"
+#include "screenshot.h"
+#include <commdlg.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+enum Command : UINT
+{
+    ID_FILE_OPEN = 1001,
+    ID_FILE_SAVE,
+    ID_FILE_SAVEAS,
+    ID_FILE_EXIT,
+    ID_VIEW_LINENUMBERS = 1101,
+    ID_VIEW_COMPACT,
+    ID_VIEW_READONLY,
+    ID_VIEW_FONT_8,
+    ID_VIEW_FONT_10,
+    ID_VIEW_FONT_12,
+    ID_VIEW_FONT_14,
+    ID_DEBUG_TOGGLEBREAK = 1201,
+    ID_DEBUG_SETEXEC,
+    ID_DEBUG_STEP,
+    ID_DEBUG_CLEAREXEC,
+    ID_DEBUG_DISABLEBREAKS,
+};
+
+const int kEditorId = 100;
+const int kCompactInset = 24;
+const COLORREF kPatternA = RGB(250, 226, 170);
+const COLORREF kPatternB = RGB(196, 220, 250);
+
+struct App
+{
+    HWND hwnd = nullptr;
+    HMENU menu = nullptr;
+    std::unique_ptr<CVelmor> editor;
+    std::wstring path;
+    bool modified = false;
+    bool lineNumbers = true;
+    bool compact = false;
+    bool readOnly = false;
+    bool breaksDisabled = false;
+    int fontSize = 100; // tenths of a point
+};
+
+App g_app;
+
+// ---------------------------------------------------------------------------
+// Files: UTF-8 on disk, UTF-16 in the control.
+
+bool ReadFileText(const std::wstring& path, std::wstring& text)
+{
+    HANDLE f = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (f == INVALID_HANDLE_VALUE)
+        return false;
+    LARGE_INTEGER size;
+    GetFileSizeEx(f, &size);
+    std::string bytes((size_t)size.QuadPart, '\0');
+    DWORD got = 0;
+    BOOL ok = ReadFile(f, bytes.data(), (DWORD)bytes.size(), &got, nullptr);
+    CloseHandle(f);
+    if (!ok)
+        return false;
+    bytes.resize(got);
+    if (bytes.size() >= 3 && bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+        bytes.erase(0, 3);
+    int n = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), (int)bytes.size(), nullptr, 0);
+    text.assign((size_t)n, L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), (int)bytes.size(), text.data(), n);
+    // The control keeps only text that ends with a line feed.
+    if (!text.empty() && text.back() != L'\n')
+        text += L'\n';
+    return true;
+}
+
+bool WriteFileText(const std::wstring& path, const CString& text)
+{
+    int n = WideCharToMultiByte(CP_UTF8, 0, text, text.GetLength(), nullptr, 0, nullptr, nullptr);
+    std::string bytes((size_t)n, '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, text.GetLength(), bytes.data(), n, nullptr, nullptr);
+    HANDLE f = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (f == INVALID_HANDLE_VALUE)
+        return false;
+    DWORD put = 0;
+    BOOL ok = WriteFile(f, bytes.data(), (DWORD)bytes.size(), &put, nullptr);
+    CloseHandle(f);
+    return ok && put == bytes.size();
+}
+
+std::wstring SampleScriptPath()
+{
+    wchar_t exe[MAX_PATH];
+    GetModuleFileNameW(nullptr, exe, MAX_PATH);
+    std::wstring dir(exe);
+    dir.erase(dir.find_last_of(L"\\/") + 1);
+    return dir + L"samples\\sample.sl";
+}
+
+// ---------------------------------------------------------------------------
+// The editor
+
+void UpdateTitle()
+{
+    std::wstring name = g_app.path.empty() ? L"untitled" : g_app.path.substr(g_app.path.find_last_of(L"\\/") + 1);
+    std::wstring title = (g_app.modified ? L"*" : L"") + name + L" - Velmor demo";
+    SetWindowTextW(g_app.hwnd, title.c_str());
+}
+
+CRect EditorRect()
+{
+    CRect rc;
+    GetClientRect(g_app.hwnd, &rc);
+    if (g_app.compact)
+        rc.DeflateRect(kCompactInset, kCompactInset);
+    return rc;
+}
+
+void LoadIntoEditor(const CString& text)
+{
+    g_app.editor->LoadText(text);
+    // Loading resets the control, and a reset ends compact mode: a compact
+    // host turns it back on after each load.
+    g_app.editor->m_bNoFrame = g_app.compact;
+    g_app.editor->ClearUndoHistory();
+    g_app.modified = false;
+    UpdateTitle();
+}
+
+// Compact mode is chosen when the control is created: switching it makes a
+// new control that takes over the text, breakpoints and settings.
+void CreateEditor(const CString& text)
+{
+    CArray<char, char> breaks;
+    int breakLine = -1;
+    if (g_app.editor) {
+        breaks.Copy(g_app.editor->m_arrBreaks);
+        breakLine = g_app.editor->m_nBreakLine;
+        g_app.editor.reset();
+    }
+    // The see-through background is taken from the parent's pixels at the
+    // control's first paint: paint the parent first.
+    InvalidateRect(g_app.hwnd, nullptr, TRUE);
+    UpdateWindow(g_app.hwnd);
+
+    g_app.editor = std::make_unique<CVelmor>(CWnd::FromHandle(g_app.hwnd), EditorRect(), kEditorId, 4,
+                                             g_app.fontSize, L"Courier New", (BYTE)g_app.compact);
+    LoadIntoEditor(text);
+    g_app.editor->SetLineNumber(g_app.lineNumbers);
+    g_app.editor->LockEditor(g_app.readOnly);
+    g_app.editor->EnableBreaks(!g_app.breaksDisabled);
+    g_app.editor->m_arrBreaks.Copy(breaks);
+    g_app.editor->SetBreakLine(breakLine);
+    g_app.editor->SetFocus();
+}
+
+// The document as a file holds it. The control always ends with one empty
+// line, which UnloadText writes as a final extra line feed: drop it so that
+// text round-trips through files and through a new control.
+CString EditorText()
+{
+    CString text;
+    g_app.editor->UnloadText(text);
+    if (text.GetLength() >= 1 && text[text.GetLength() - 1] == L'\n')
+        text.Delete(text.GetLength() - 1);
+    return text;
+}
+
+void Refresh()
+{
+    g_app.editor->Invalidate(TRUE);
+    g_app.editor->UpdateWindow();
+}
+
+void SetChecks()
+{
+    auto check = [](UINT id, bool on) { CheckMenuItem(g_app.menu, id, MF_BYCOMMAND | (on ? MF_CHECKED : MF_UNCHECKED)); };
+    check(ID_VIEW_LINENUMBERS, g_app.lineNumbers);
+    check(ID_VIEW_COMPACT, g_app.compact);
+    check(ID_VIEW_READONLY, g_app.readOnly);
+    check(ID_DEBUG_DISABLEBREAKS, g_app.breaksDisabled);
+    for (UINT id = ID_VIEW_FONT_8; id <= ID_VIEW_FONT_14; ++id)
+        check(id, g_app.fontSize == (int)(80 + 20 * (id - ID_VIEW_FONT_8)));
+}
+
+// ---------------------------------------------------------------------------
+// Commands
+
+bool AskPath(bool save, std::wstring& path)
+{
+    wchar_t buf[MAX_PATH] = L"";
+    if (!path.empty())
+        lstrcpynW(buf, path.c_str(), MAX_PATH);
+    OPENFILENAMEW ofn = {};
+    ofn.lStructSize = sizeof ofn;
+    ofn.hwndOwner = g_app.hwnd;
+    ofn.lpstrFilter = L"S-Lang scripts (*.sl)\0*.sl\0All files (*.*)\0*.*\0";
+    ofn.lpstrFile = buf;
+    ofn.nMaxFile = MAX_PATH;
+    ofn.lpstrDefExt = L"sl";
+    ofn.Flags = save ? OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST : OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST;
+    if (!(save ? GetSaveFileNameW(&ofn) : GetOpenFileNameW(&ofn)))
+        return false;
+    path = buf;
+    return true;
+}
+
+void OpenFile(const std::wstring& path)
+{
+    std::wstring text;
+    if (!ReadFileText(path, text)) {
+        MessageBoxW(g_app.hwnd, (L"Cannot read " + path).c_str(), L"Velmor demo", MB_ICONERROR);
+        return;
+    }
+    g_app.path = path;
+    g_app.editor->DeleteAllBreaks();
+    g_app.editor->SetBreakLine(-1);
+    LoadIntoEditor(text.c_str());
+}
+
+void Save(bool askPath)
+{
+    std::wstring path = g_app.path;
+    if ((askPath || path.empty()) && !AskPath(true, path))
+        return;
+    if (!WriteFileText(path, EditorText())) {
+        MessageBoxW(g_app.hwnd, (L"Cannot write " + path).c_str(), L"Velmor demo", MB_ICONERROR);
+        return;
+    }
+    g_app.path = path;
+    g_app.modified = false;
+    UpdateTitle();
+}
+
+void ToggleBreakpoint(int line)
+{
+    CVelmor& ed = *g_app.editor;
+    bool on = line < ed.m_arrBreaks.GetSize() && ed.m_arrBreaks[line];
+    ed.SetBreakLine(line, on ? 0 : 1);
+    ed.RefreshLineNum(TRUE);
+}
+
+void OnCommand(UINT id)
+{
+    CVelmor& ed = *g_app.editor;
+    switch (id) {
+    case ID_FILE_OPEN: {
+        std::wstring path = g_app.path;
+        if (AskPath(false, path))
+            OpenFile(path);
+        break;
+    }
+    case ID_FILE_SAVE: Save(false); break;
+    case ID_FILE_SAVEAS: Save(true); break;
+    case ID_FILE_EXIT: DestroyWindow(g_app.hwnd); return;
+    case ID_VIEW_LINENUMBERS:
+        g_app.lineNumbers = !g_app.lineNumbers;
+        ed.SetLineNumber(g_app.lineNumbers);
+        Refresh();
+        break;
+    case ID_VIEW_COMPACT:
+        g_app.compact = !g_app.compact;
+        CreateEditor(EditorText());
+        break;
+    case ID_VIEW_READONLY:
+        g_app.readOnly = !g_app.readOnly;
+        ed.LockEditor(g_app.readOnly);
+        Refresh();
+        break;
+    case ID_VIEW_FONT_8:
+    case ID_VIEW_FONT_10:
+    case ID_VIEW_FONT_12:
+    case ID_VIEW_FONT_14:
+        g_app.fontSize = 80 + 20 * (int)(id - ID_VIEW_FONT_8);
+        ed.SetFontDef(g_app.fontSize, nullptr);
+        Refresh();
+        break;
+    case ID_DEBUG_TOGGLEBREAK: ToggleBreakpoint(ed.GetCurLine()); break;
+    case ID_DEBUG_SETEXEC: ed.SetBreakLine(ed.GetCurLine() + 1); ed.RefreshLineNum(TRUE); break;
+    case ID_DEBUG_STEP:
+        if (ed.m_nBreakLine >= 1 && ed.m_nBreakLine < ed.GetLineCount())
+            ed.SetBreakLine(ed.m_nBreakLine + 1);
+        ed.RefreshLineNum(TRUE);
+        break;
+    case ID_DEBUG_CLEAREXEC: ed.SetBreakLine(-1); ed.RefreshLineNum(TRUE); break;
+    case ID_DEBUG_DISABLEBREAKS:
+        g_app.breaksDisabled = !g_app.breaksDisabled;
+        ed.EnableBreaks(!g_app.breaksDisabled);
+        ed.RefreshLineNum(TRUE);
+        break;
+    }
+    SetChecks();
+}
+
+HMENU BuildMenu()
+{
+    HMENU file = CreatePopupMenu();
+    AppendMenuW(file, MF_STRING, ID_FILE_OPEN, L"&Open...");
+    AppendMenuW(file, MF_STRING, ID_FILE_SAVE, L"&Save");
+    AppendMenuW(file, MF_STRING, ID_FILE_SAVEAS, L"Save &As...");
+    AppendMenuW(file, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(file, MF_STRING, ID_FILE_EXIT, L"E&xit");
+    HMENU font = CreatePopupMenu();
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_8, L"8 pt");
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_10, L"10 pt");
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_12, L"12 pt");
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_14, L"14 pt");
+    HMENU view = CreatePopupMenu();
+    AppendMenuW(view, MF_STRING, ID_VIEW_LINENUMBERS, L"&Line numbers");
+    AppendMenuW(view, MF_STRING, ID_VIEW_COMPACT, L"&Compact mode");
+    AppendMenuW(view, MF_STRING, ID_VIEW_READONLY, L"&Read-only");
+    AppendMenuW(view, MF_POPUP, (UINT_PTR)font, L"&Font size");
+    HMENU debug = CreatePopupMenu();
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_TOGGLEBREAK, L"Toggle &breakpoint on the caret line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_SETEXEC, L"Make the caret line the &execution line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_STEP, L"&Step to the next line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_CLEAREXEC, L"&Clear the execution line");
+    AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_DISABLEBREAKS, L"&Disable breakpoints");
+    HMENU bar = CreateMenu();
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)file, L"&File");
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)view, L"&View");
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)debug, L"&Debug");
+    return bar;
+}
+
+void PaintPattern(HDC dc)
+{
+    RECT rc;
+    GetClientRect(g_app.hwnd, &rc);
+    HBRUSH a = CreateSolidBrush(kPatternA), b = CreateSolidBrush(kPatternB);
+    FillRect(dc, &rc, a);
+    // Diagonal stripes show that the compact control is see-through.
+    for (int x = -rc.bottom; x < rc.right; x += 24) {
+        for (int y = 0; y < rc.bottom; y += 4) {
+            RECT cell = { x + y, y, x + y + 12, y + 4 };
+            FillRect(dc, &cell, b);
+        }
+    }
+    DeleteObject(a);
+    DeleteObject(b);
+}
+
+LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+{
+    switch (msg) {
+    case WM_SIZE:
+        if (g_app.editor && g_app.editor->m_hWnd)
+            g_app.editor->MoveWindow(EditorRect());
+        return 0;
+    case WM_ERASEBKGND:
+        if (g_app.compact) {
+            PaintPattern((HDC)wParam);
+            return 1;
+        }
+        break;
+    case WM_SETFOCUS:
+        if (g_app.editor)
+            g_app.editor->SetFocus();
+        return 0;
+    case WM_COMMAND:
+        if (lParam && LOWORD(wParam) == kEditorId) {
+            if (HIWORD(wParam) == EN_CHANGE && !g_app.modified && g_app.editor) {
+                g_app.modified = true;
+                UpdateTitle();
+            }
+            return 0;
+        }
+        if (!lParam) {
+            OnCommand(LOWORD(wParam));
+            return 0;
+        }
+        break;
+    case WM_DESTROY:
+        g_app.editor.reset();
+        PostQuitMessage(0);
+        return 0;
+    }
+    return DefWindowProcW(hwnd, msg, wParam, lParam);
+}
+
+void Pump()
+{
+    MSG msg;
+    for (int round = 0; round < 3; ++round) {
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&msg);
+            DispatchMessageW(&msg);
+        }
+        Sleep(20);
+    }
+}
+
+// Plays the scripted tour and writes one PNG per screen.
+int Tour(const std::wstring& dir)
+{
+    CreateDirectoryW(dir.c_str(), nullptr);
+    std::vector<std::wstring> written;
+    auto shot = [&](const wchar_t* name) {
+        Pump();
+        std::wstring path = dir + L"\\" + name;
+        if (SaveWindowPng(g_app.hwnd, path))
+            written.push_back(path);
+    };
+    CVelmor* ed = g_app.editor.get();
+    // Breakpoints: a plain one, one on the execution line; a selection.
+    ed->SetBreakLine(8, 1);
+    ed->SetBreakLine(13, 1);
+    ed->SetBreakLine(14);
+    ed->SetSelection(4, 20, 14, 21);
+    shot(L"01-breakpoints.png");
+
+    // Breakpoints disabled; the execution line on a line without one.
+    OnCommand(ID_DEBUG_DISABLEBREAKS);
+    ed->SetBreakLine(19);
+    ed->SetSelection(0, 0, 0, 0);
+    shot(L"02-disabled-breakpoints.png");
+
+    OnCommand(ID_DEBUG_DISABLEBREAKS);
+    OnCommand(ID_VIEW_READONLY);
+    shot(L"03-read-only.png");
+    OnCommand(ID_VIEW_READONLY);
+
+    OnCommand(ID_VIEW_COMPACT);
+    shot(L"04-compact.png");
+
+    for (auto& p : written) {
+        wchar_t full[MAX_PATH];
+        GetFullPathNameW(p.c_str(), MAX_PATH, full, nullptr);
+        wprintf(L"%ls\n", full);
+    }
+    fflush(stdout);
+    return written.size() == 4 ? 0 : 1;
+}
+
+} // namespace
+
+int wmain(int argc, wchar_t** argv)
+{
+    std::wstring tourDir, file;
+    for (int i = 1; i < argc; ++i) {
+        std::wstring a = argv[i];
+        if (a == L"--tour" && i + 1 < argc)
+            tourDir = argv[++i];
+        else
+            file = a;
+    }
+    if (file.empty())
+        file = SampleScriptPath();
+
+    WNDCLASSW wc = {};
+    wc.lpfnWndProc = MainProc;
+    wc.hInstance = GetModuleHandleW(nullptr);
+    wc.hCursor = LoadCursorW(nullptr, (LPCWSTR)IDC_ARROW);
+    wc.hIcon = LoadIconW(nullptr, (LPCWSTR)IDI_APPLICATION);
+    wc.lpszClassName = L"VelmorDemo";
+    RegisterClassW(&wc);
+    g_app.menu = BuildMenu();
+    g_app.hwnd = CreateWindowExW(0, wc.lpszClassName, L"Velmor demo", WS_OVERLAPPEDWINDOW, 40, 40, 860, 640, nullptr,
+                                 g_app.menu, wc.hInstance, nullptr);
+    ShowWindow(g_app.hwnd, SW_SHOW);
+    CreateEditor(L"");
+    OpenFile(file);
+    SetChecks();
+    UpdateWindow(g_app.hwnd);
+
+    if (!tourDir.empty()) {
+        int rc = Tour(tourDir);
+        DestroyWindow(g_app.hwnd);
+        return rc;
+    }
+
+    MSG msg;
+    while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
+        // Lets the control translate its keyboard accelerators.
+        if (AfxPreTranslateMessage(&msg))
+            continue;
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+    return (int)msg.wParam;
+}
