@@ -1,4 +1,5 @@
 #include "screenshot.h"
+#include "gdi/WindowCapture.h"
 #include <wincodec.h>
 #include <vector>
 
@@ -14,29 +15,13 @@ template <class T> struct ComPtr
 
 bool SaveWindowPng(HWND hwnd, const std::wstring& path)
 {
-    RECT rc;
-    GetWindowRect(hwnd, &rc);
-    const int w = rc.right - rc.left, h = rc.bottom - rc.top;
-    BITMAPINFO bi = {};
-    bi.bmiHeader.biSize = sizeof bi.bmiHeader;
-    bi.bmiHeader.biWidth = w;
-    bi.bmiHeader.biHeight = -h;
-    bi.bmiHeader.biPlanes = 1;
-    bi.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    HDC wdc = GetWindowDC(hwnd);
-    HDC mdc = CreateCompatibleDC(wdc);
-    HBITMAP dib = CreateDIBSection(wdc, &bi, DIB_RGB_COLORS, &bits, nullptr, 0);
-    HGDIOBJ old = SelectObject(mdc, dib);
-    BitBlt(mdc, 0, 0, w, h, wdc, 0, 0, SRCCOPY);
-    GdiFlush();
-    std::vector<BYTE> pixels((BYTE*)bits, (BYTE*)bits + (size_t)w * h * 4);
+    std::vector<DWORD> capture;
+    int w = 0, h = 0;
+    if (!CaptureWindowPixels(hwnd, true, capture, w, h))
+        return false;
+    std::vector<BYTE> pixels((BYTE*)capture.data(), (BYTE*)capture.data() + capture.size() * 4);
     for (size_t i = 3; i < pixels.size(); i += 4)
         pixels[i] = 0xFF; // opaque
-    SelectObject(mdc, old);
-    DeleteObject(dib);
-    DeleteDC(mdc);
-    ReleaseDC(hwnd, wdc);
 
     HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     bool ok = false;

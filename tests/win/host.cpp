@@ -1,4 +1,5 @@
 #include "host.h"
+#include "gdi/WindowCapture.h"
 #include <cstdio>
 
 namespace {
@@ -84,28 +85,7 @@ void PumpFor(int ms)
 
 Pixels::Pixels(HWND hwnd)
 {
-    RECT rc;
-    GetClientRect(hwnd, &rc);
-    m_w = rc.right;
-    m_h = rc.bottom;
-    BITMAPINFO bi = {};
-    bi.bmiHeader.biSize = sizeof bi.bmiHeader;
-    bi.bmiHeader.biWidth = m_w;
-    bi.bmiHeader.biHeight = -m_h;
-    bi.bmiHeader.biPlanes = 1;
-    bi.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    HDC wdc = GetDC(hwnd);
-    HDC mdc = CreateCompatibleDC(wdc);
-    HBITMAP dib = CreateDIBSection(wdc, &bi, DIB_RGB_COLORS, &bits, nullptr, 0);
-    HGDIOBJ old = SelectObject(mdc, dib);
-    BitBlt(mdc, 0, 0, m_w, m_h, wdc, 0, 0, SRCCOPY);
-    GdiFlush();
-    m_bits.assign((DWORD*)bits, (DWORD*)bits + (size_t)m_w * m_h);
-    SelectObject(mdc, old);
-    DeleteObject(dib);
-    DeleteDC(mdc);
-    ReleaseDC(hwnd, wdc);
+    CaptureWindowPixels(hwnd, false, m_bits, m_w, m_h);
 }
 
 COLORREF Pixels::at(int x, int y) const
