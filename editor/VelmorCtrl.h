@@ -152,6 +152,7 @@ protected:
     CPoint _DrawLine(CDC* pDC, const CString& text, const std::vector<unsigned long>& colors, int nLine, int y);
     void DrawMargin(CDC* pDC, int nLine, int y);
     void BuildCompactBackground();
+    void ReleaseCompactBackground();
     void MeasureFont();
     void MeasureMetrics();
 

@@ -108,12 +108,7 @@ CVelmor::~CVelmor()
     }
     if (m_font.m_hObject)
         m_font.DeleteObject();
-    if (m_hMemDC)
-        ::DeleteDC(m_hMemDC);
-    if (m_hMemBitmap)
-        ::DeleteObject(m_hMemBitmap);
-    m_hMemDC = nullptr;
-    m_hMemBitmap = nullptr;
+    ReleaseCompactBackground();
 }
 
 BOOL CVelmor::Create(DWORD dwStyle, CWnd* pParent, const CRect& rect, int nID, int nTabSize, int nFontSize,
@@ -142,12 +137,7 @@ void CVelmor::Reset()
 {
     m_bNoFrame = false;
     m_nRunningLine = -1;
-    if (m_hMemDC)
-        ::DeleteDC(m_hMemDC);
-    if (m_hMemBitmap)
-        ::DeleteObject(m_hMemBitmap);
-    m_hMemDC = nullptr;
-    m_hMemBitmap = nullptr;
+    ReleaseCompactBackground();
     RemoveAllText();
     m_ptCursor = m_ptAnchor = CPoint(0, 0);
     m_nFirstCol = m_nFirstLine = 0;
@@ -156,6 +146,16 @@ void CVelmor::Reset()
     ClearUndoStack(m_UndoStack);
     m_CurFrame.Clear();
     MeasureFont();
+}
+
+void CVelmor::ReleaseCompactBackground()
+{
+    if (m_hMemDC)
+        ::DeleteDC(m_hMemDC);
+    if (m_hMemBitmap)
+        ::DeleteObject(m_hMemBitmap);
+    m_hMemDC = nullptr;
+    m_hMemBitmap = nullptr;
 }
 
 void CVelmor::MeasureFont()

@@ -9,38 +9,19 @@
 AFX_THREAD_STATE& AfxGetThreadState()
 {
     // Windows belong to the thread that created them, so the maps are per
-    // thread, like the messages they serve.
-    static thread_local AFX_THREAD_STATE state;
-    return state;
-}
-
-AFX_THREAD_STATE::~AFX_THREAD_STATE()
-{
-    ClearTemps();
-}
-
-void AFX_THREAD_STATE::ClearTemps()
-{
-    for (auto& kv : tempWnd) {
-        kv.second->m_hWnd = nullptr;
-        delete kv.second;
-    }
-    tempWnd.clear();
-    for (auto& kv : tempGdi) {
-        kv.second->m_hObject = nullptr;
-        delete kv.second;
-    }
-    tempGdi.clear();
-    for (auto& kv : tempDC) {
-        kv.second->m_hDC = kv.second->m_hAttribDC = nullptr;
-        delete kv.second;
-    }
-    tempDC.clear();
+    // thread, like the messages they serve. The state is never destroyed:
+    // framework objects of static storage (a global CFont) may be destroyed
+    // after the thread's own storage at exit and still look themselves up.
+    static thread_local AFX_THREAD_STATE* state = new AFX_THREAD_STATE;
+    return *state;
 }
 
 void AFXAPI AfxDeleteTempMaps()
 {
-    AfxGetThreadState().ClearTemps();
+    auto& st = AfxGetThreadState();
+    st.wndMap.DeleteTemps();
+    st.gdiMap.DeleteTemps();
+    st.dcMap.DeleteTemps();
 }
 
 // ---------------------------------------------------------------------------
@@ -113,38 +94,19 @@ CWnd::~CWnd()
 
 CWnd* PASCAL CWnd::FromHandlePermanent(HWND hWnd)
 {
-    auto& st = AfxGetThreadState();
-    auto it = st.permWnd.find(hWnd);
-    return it == st.permWnd.end() ? nullptr : it->second;
+    return AfxGetThreadState().wndMap.LookupPermanent(hWnd);
 }
 
 CWnd* PASCAL CWnd::FromHandle(HWND hWnd)
 {
-    if (!hWnd)
-        return nullptr;
-    if (CWnd* p = FromHandlePermanent(hWnd))
-        return p;
-    auto& st = AfxGetThreadState();
-    CWnd*& temp = st.tempWnd[hWnd];
-    if (!temp) {
-        temp = new CWnd;
-        temp->m_hWnd = hWnd;
-    }
-    return temp;
+    return AfxGetThreadState().wndMap.FromHandle(hWnd);
 }
 
 BOOL CWnd::Attach(HWND hWndNew)
 {
     if (!hWndNew || m_hWnd)
         return FALSE;
-    auto& st = AfxGetThreadState();
-    auto it = st.tempWnd.find(hWndNew);
-    if (it != st.tempWnd.end()) {
-        it->second->m_hWnd = nullptr;
-        delete it->second;
-        st.tempWnd.erase(it);
-    }
-    st.permWnd[hWndNew] = this;
+    AfxGetThreadState().wndMap.SetPermanent(hWndNew, this);
     m_hWnd = hWndNew;
     return TRUE;
 }
@@ -152,12 +114,8 @@ BOOL CWnd::Attach(HWND hWndNew)
 HWND CWnd::Detach()
 {
     HWND h = m_hWnd;
-    if (h) {
-        auto& st = AfxGetThreadState();
-        auto it = st.permWnd.find(h);
-        if (it != st.permWnd.end() && it->second == this)
-            st.permWnd.erase(it);
-    }
+    if (h)
+        AfxGetThreadState().wndMap.RemovePermanent(h, this);
     m_hWnd = nullptr;
     return h;
 }
@@ -466,13 +424,8 @@ int CWnd::ReleaseDC(CDC* pDC)
     if (!pDC)
         return 0;
     HDC hDC = pDC->m_hDC;
-    auto& st = AfxGetThreadState();
-    auto it = st.tempDC.find(hDC);
-    if (it != st.tempDC.end() && it->second == pDC) {
-        pDC->m_hDC = pDC->m_hAttribDC = nullptr;
-        delete pDC;
-        st.tempDC.erase(it);
-    }
+    // The wrapper GetDC made goes with the DC.
+    AfxGetThreadState().dcMap.DeleteTemp(hDC, pDC);
     return ::ReleaseDC(m_hWnd, hDC);
 }
 

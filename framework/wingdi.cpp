@@ -13,32 +13,14 @@ CGdiObject::~CGdiObject()
 
 CGdiObject* PASCAL CGdiObject::FromHandle(HGDIOBJ hObject)
 {
-    if (!hObject)
-        return nullptr;
-    auto& st = AfxGetThreadState();
-    auto it = st.permGdi.find(hObject);
-    if (it != st.permGdi.end())
-        return it->second;
-    CGdiObject*& temp = st.tempGdi[hObject];
-    if (!temp) {
-        temp = new CGdiObject;
-        temp->m_hObject = hObject;
-    }
-    return temp;
+    return AfxGetThreadState().gdiMap.FromHandle(hObject);
 }
 
 BOOL CGdiObject::Attach(HGDIOBJ hObject)
 {
     if (!hObject || m_hObject)
         return FALSE;
-    auto& st = AfxGetThreadState();
-    auto it = st.tempGdi.find(hObject);
-    if (it != st.tempGdi.end()) {
-        it->second->m_hObject = nullptr;
-        delete it->second;
-        st.tempGdi.erase(it);
-    }
-    st.permGdi[hObject] = this;
+    AfxGetThreadState().gdiMap.SetPermanent(hObject, this);
     m_hObject = hObject;
     return TRUE;
 }
@@ -46,12 +28,8 @@ BOOL CGdiObject::Attach(HGDIOBJ hObject)
 HGDIOBJ CGdiObject::Detach()
 {
     HGDIOBJ h = m_hObject;
-    if (h) {
-        auto& st = AfxGetThreadState();
-        auto it = st.permGdi.find(h);
-        if (it != st.permGdi.end() && it->second == this)
-            st.permGdi.erase(it);
-    }
+    if (h)
+        AfxGetThreadState().gdiMap.RemovePermanent(h, this);
     m_hObject = nullptr;
     return h;
 }
@@ -62,13 +40,7 @@ BOOL CGdiObject::DeleteObject()
         return FALSE;
     HGDIOBJ h = Detach();
     // A wrapper made for this handle earlier must not outlive it.
-    auto& st = AfxGetThreadState();
-    auto it = st.tempGdi.find(h);
-    if (it != st.tempGdi.end()) {
-        it->second->m_hObject = nullptr;
-        delete it->second;
-        st.tempGdi.erase(it);
-    }
+    AfxGetThreadState().gdiMap.DeleteTemp(h);
     return ::DeleteObject(h);
 }
 
@@ -166,15 +138,7 @@ CDC::~CDC()
 
 CDC* PASCAL CDC::FromHandle(HDC hDC)
 {
-    if (!hDC)
-        return nullptr;
-    auto& st = AfxGetThreadState();
-    CDC*& temp = st.tempDC[hDC];
-    if (!temp) {
-        temp = new CDC;
-        temp->SetHandles(hDC);
-    }
-    return temp;
+    return AfxGetThreadState().dcMap.FromHandle(hDC);
 }
 
 BOOL CDC::Attach(HDC hDC)
