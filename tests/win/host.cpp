@@ -108,33 +108,7 @@ int Pixels::count(COLORREF c, int x0, int y0, int x1, int y1) const
 
 void Pixels::save(const std::wstring& path) const
 {
-    FILE* f = _wfopen(path.c_str(), L"wb");
-    if (!f)
-        return;
-    const int stride = (m_w * 3 + 3) & ~3;
-    BITMAPFILEHEADER fh = {};
-    BITMAPINFOHEADER ih = {};
-    fh.bfType = 0x4D42;
-    fh.bfOffBits = sizeof fh + sizeof ih;
-    fh.bfSize = fh.bfOffBits + (DWORD)(stride * m_h);
-    ih.biSize = sizeof ih;
-    ih.biWidth = m_w;
-    ih.biHeight = m_h;
-    ih.biPlanes = 1;
-    ih.biBitCount = 24;
-    fwrite(&fh, sizeof fh, 1, f);
-    fwrite(&ih, sizeof ih, 1, f);
-    std::vector<unsigned char> row((size_t)stride);
-    for (int y = m_h - 1; y >= 0; --y) {
-        for (int x = 0; x < m_w; ++x) {
-            DWORD p = m_bits[(size_t)y * m_w + x];
-            row[(size_t)x * 3] = p & 0xFF;
-            row[(size_t)x * 3 + 1] = (p >> 8) & 0xFF;
-            row[(size_t)x * 3 + 2] = (p >> 16) & 0xFF;
-        }
-        fwrite(row.data(), 1, row.size(), f);
-    }
-    fclose(f);
+    SavePixelsBmp(path.c_str(), m_bits, m_w, m_h);
 }
 
 LOGFONTW TestFont(int pointTenths)
