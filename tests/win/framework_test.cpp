@@ -159,3 +159,40 @@ TEST(Framework, StringsAreUtf16AndDevicesMeasure)
     EXPECT_EQ(dc.GetTextExtent(CString(L"i")).cx, dc.GetTextExtent(CString(L"W")).cx);
     dc.SelectObject(old);
 }
+
+TEST(Framework, GdiObjectsSelectDrawAndRestore)
+{
+    CClientDC screen(nullptr);
+    CDC mem;
+    ASSERT_TRUE(mem.CreateCompatibleDC(&screen));
+    CBitmap bitmap;
+    ASSERT_TRUE(bitmap.CreateCompatibleBitmap(&screen, 40, 20));
+    CBitmap* oldBitmap = mem.SelectObject(&bitmap);
+    ASSERT_NE(nullptr, oldBitmap);
+    // The wrapper for a handle met in passing is the same object each time.
+    EXPECT_EQ(oldBitmap, CGdiObject::FromHandle(oldBitmap->m_hObject));
+
+    mem.FillSolidRect(CRect(0, 0, 40, 20), RGB(255, 255, 255));
+    EXPECT_EQ(RGB(255, 255, 255), mem.GetBkColor()); // the fill sets the background colour
+    CPen pen(PS_SOLID, 1, RGB(0, 0, 222));
+    CBrush brush(RGB(200, 0, 0));
+    CPen* oldPen = mem.SelectObject(&pen);
+    CBrush* oldBrush = mem.SelectObject(&brush);
+    mem.Rectangle(2, 2, 12, 12);
+    EXPECT_EQ(RGB(0, 0, 222), mem.GetPixel(2, 5));  // outline
+    EXPECT_EQ(RGB(200, 0, 0), mem.GetPixel(6, 6));  // fill
+    EXPECT_EQ(RGB(255, 255, 255), mem.GetPixel(20, 6));
+    // Reselecting the returned objects puts the DC back as it was.
+    EXPECT_EQ(&pen, mem.SelectObject(oldPen));
+    EXPECT_EQ(&brush, mem.SelectObject(oldBrush));
+    EXPECT_EQ(&bitmap, mem.SelectObject(oldBitmap));
+
+    BITMAP bm;
+    ASSERT_NE(0, bitmap.GetBitmap(&bm));
+    EXPECT_EQ(40, bm.bmWidth);
+    HGDIOBJ h = bitmap.m_hObject;
+    EXPECT_TRUE(bitmap.DeleteObject());
+    EXPECT_EQ(nullptr, bitmap.m_hObject);
+    EXPECT_EQ(0, GetObjectType(h)); // really deleted
+    AfxDeleteTempMaps();
+}
