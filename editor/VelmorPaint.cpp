@@ -50,22 +50,30 @@ void CVelmor::BuildCompactBackground()
     const int w = rcClient.Width(), h = rcClient.Height();
 
     HDC hParentDC = ::GetDC(pParent->m_hWnd);
+    if (!hParentDC)
+        return;
     m_hMemDC = ::CreateCompatibleDC(hParentDC);
     m_hMemBitmap = ::CreateCompatibleBitmap(hParentDC, w, h);
-    ::SelectObject(m_hMemDC, m_hMemBitmap);
-    ::BitBlt(m_hMemDC, 0, 0, w, h, hParentDC, rcWindow.left, rcWindow.top, SRCCOPY);
-
-    // A sheet flood-filled with the DC's default brush, blended over the copy
-    // at m_bNoFrame/255: the parent shows through almost unchanged.
     HDC hSheetDC = ::CreateCompatibleDC(hParentDC);
     HBITMAP hSheet = ::CreateCompatibleBitmap(hParentDC, w, h);
-    HGDIOBJ hOldSheet = ::SelectObject(hSheetDC, hSheet);
-    ::FloodFill(hSheetDC, 0, 0, m_crBackground);
-    BLENDFUNCTION blend = { AC_SRC_OVER, 0, (BYTE)m_bNoFrame, 0 };
-    ::AlphaBlend(m_hMemDC, 0, 0, w, h, hSheetDC, 0, 0, w, h, blend);
-    ::SelectObject(hSheetDC, hOldSheet);
-    ::DeleteObject(hSheet);
-    ::DeleteDC(hSheetDC);
+    if (m_hMemDC && m_hMemBitmap && hSheetDC && hSheet) {
+        ::SelectObject(m_hMemDC, m_hMemBitmap);
+        ::BitBlt(m_hMemDC, 0, 0, w, h, hParentDC, rcWindow.left, rcWindow.top, SRCCOPY);
+        // A sheet flood-filled with the DC's default brush, blended over the
+        // copy at m_bNoFrame/255: the parent shows through almost unchanged.
+        HGDIOBJ hOldSheet = ::SelectObject(hSheetDC, hSheet);
+        ::FloodFill(hSheetDC, 0, 0, m_crBackground);
+        BLENDFUNCTION blend = { AC_SRC_OVER, 0, (BYTE)m_bNoFrame, 0 };
+        ::AlphaBlend(m_hMemDC, 0, 0, w, h, hSheetDC, 0, 0, w, h, blend);
+        ::SelectObject(hSheetDC, hOldSheet);
+    } else {
+        // Tried again at the next paint, without leaking this attempt.
+        ReleaseCompactBackground();
+    }
+    if (hSheet)
+        ::DeleteObject(hSheet);
+    if (hSheetDC)
+        ::DeleteDC(hSheetDC);
     ::ReleaseDC(pParent->m_hWnd, hParentDC);
 }
 

@@ -96,6 +96,10 @@ void CVelmor::UpdateScrollSizes()
 {
     if (!m_hWnd)
         return;
+    // Setting scroll information on a window created without scroll bars
+    // would add them; a compact control has none, and paints no frame to
+    // draw them in.
+    const DWORD dwStyle = GetStyle();
     SCROLLINFO si = {};
     si.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
     const int nLines = (int)m_Text._GetSize();
@@ -104,14 +108,16 @@ void CVelmor::UpdateScrollSizes()
     si.nMax = nLines > nVisible ? nLines - 1 : 0;
     si.nPage = (UINT)std::max(nVisible, 0);
     si.nPos = m_nFirstLine;
-    SetScrollInfo(SB_VERT, &si, TRUE);
+    if (dwStyle & WS_VSCROLL)
+        SetScrollInfo(SB_VERT, &si, TRUE);
 
     const int nMaxLen = (int)m_Text.FindMaxLineLen();
     const int nCols = VisibleColumns();
     si.nMax = nMaxLen > nCols ? nMaxLen - 1 : 0;
     si.nPage = (UINT)std::max(nCols, 0);
     si.nPos = m_nFirstCol;
-    SetScrollInfo(SB_HORZ, &si, TRUE);
+    if (dwStyle & WS_HSCROLL)
+        SetScrollInfo(SB_HORZ, &si, TRUE);
 }
 
 void CVelmor::ScrollToLine(int nLine)
@@ -161,6 +167,29 @@ void CVelmor::DrawCursor(bool bShow)
         m_bCaretCreated = false;
     }
     SetCaretPos(CPoint(x, y));
+}
+
+// ---------------------------------------------------------------------------
+// Focus
+
+void CVelmor::OnSetFocus(CWnd* pOldWnd)
+{
+    DrawCursor(true);
+    NotifyParent(EN_SETFOCUS);
+    CWnd::OnSetFocus(pOldWnd);
+}
+
+void CVelmor::OnKillFocus(CWnd* pNewWnd)
+{
+    if (::GetCapture() == m_hWnd)
+        ::ReleaseCapture();
+    if (m_bCaretCreated) {
+        HideCaret();
+        ::DestroyCaret();
+        m_bCaretCreated = false;
+    }
+    NotifyParent(EN_KILLFOCUS);
+    CWnd::OnKillFocus(pNewWnd);
 }
 
 // ---------------------------------------------------------------------------

@@ -147,9 +147,18 @@ LRESULT CALLBACK AfxCbtFilterHook(int code, WPARAM wParam, LPARAM lParam)
 {
     auto& st = AfxGetThreadState();
     if (code == HCBT_CREATEWND && st.pWndInit) {
-        CWnd* pWnd = st.pWndInit;
-        st.pWndInit = nullptr;
-        pWnd->SubclassWindow((HWND)wParam);
+        // The system may create the thread's input-method window first.
+        const CREATESTRUCTW* lpcs = reinterpret_cast<CBT_CREATEWNDW*>(lParam)->lpcs;
+        const bool ime = lpcs->lpszClass && !IS_INTRESOURCE(lpcs->lpszClass) && !lstrcmpiW(lpcs->lpszClass, L"IME");
+        if (!ime) {
+            CWnd* pWnd = st.pWndInit;
+            st.pWndInit = nullptr;
+            try {
+                pWnd->SubclassWindow((HWND)wParam);
+            } catch (...) {
+                // Out of memory in the handle map: CreateEx attaches late.
+            }
+        }
     }
     return ::CallNextHookEx(st.hHookCbt, code, wParam, lParam);
 }
@@ -225,6 +234,14 @@ BOOL CWnd::CreateEx(DWORD dwExStyle, LPCTSTR lpszClassName, LPCTSTR lpszWindowNa
             Detach();
         return FALSE;
     }
+    if (m_hWnd != hWnd) {
+        // The hook missed this window (it could not be installed, or
+        // another window took the place): attach now, so that the window is
+        // at least owned and destroyed by this object.
+        if (m_hWnd)
+            UnsubclassWindow();
+        SubclassWindow(hWnd);
+    }
     return TRUE;
 }
 
@@ -245,10 +262,10 @@ BOOL CWnd::DestroyWindow()
 {
     if (!m_hWnd)
         return FALSE;
-    bool permanent = FromHandlePermanent(m_hWnd) == this;
     BOOL ok = ::DestroyWindow(m_hWnd);
-    // A window that was not subclassed never sees WM_NCDESTROY through us.
-    if (!permanent || m_hWnd)
+    // An attached window that was not subclassed never sees WM_NCDESTROY
+    // through us. A temporary wrapper keeps wrapping its (now dead) handle.
+    if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
         Detach();
     return ok;
 }
@@ -350,7 +367,7 @@ LRESULT AfxCallWndProc(CWnd* pWnd, HWND hWnd, UINT nMsg, WPARAM wParam, LPARAM l
     } catch (CException* e) {
         lResult = ProcessWndProcException(hWnd, nMsg);
         e->Delete();
-    } catch (const std::exception&) {
+    } catch (...) {
         lResult = ProcessWndProcException(hWnd, nMsg);
     }
     if (nMsg == WM_NCDESTROY && pWnd->m_hWnd == hWnd) {

@@ -49,12 +49,18 @@ void CScriptText::_InsertLine(const CString& text, int nLine, int bColor)
     if (nLine > m_arrLines.GetSize())
         nLine = m_arrLines.GetSize();
     m_arrLines.InsertAt(nLine, text);
-    std::vector<unsigned long> colors;
-    if (bColor) {
-        FindMaxLineLen();
-        m_pColorizer->SetLineColors(text, colors);
+    try {
+        std::vector<unsigned long> colors;
+        if (bColor) {
+            FindMaxLineLen();
+            m_pColorizer->SetLineColors(text, colors);
+        }
+        m_LineColors.insert(m_LineColors.begin() + nLine, std::move(colors));
+    } catch (...) {
+        // Out of memory: keep one colour vector per line.
+        m_arrLines.RemoveAt(nLine);
+        throw;
     }
-    m_LineColors.insert(m_LineColors.begin() + nLine, std::move(colors));
 }
 
 int CScriptText::_SetLine(const CString& text, int nLine)

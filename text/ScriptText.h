@@ -11,6 +11,8 @@ class AFX_EXT_CLASS CScriptText
 public:
     CScriptText();
     ~CScriptText();
+    // A copy would point at the source's own colorizer.
+    CScriptText(const CScriptText&) = delete;
     // Copies lines and colours; keeps this store's colorizer and cached
     // maximum line length.
     CScriptText& operator=(CScriptText& other);

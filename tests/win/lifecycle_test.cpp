@@ -408,3 +408,34 @@ TEST(Lifecycle, LargeScriptWithVeryLongLinesLoads)
     c.UnloadText(out);
     EXPECT_EQ(big.size() + 1, (size_t)out.GetLength()); // plus the trailing empty line
 }
+
+TEST(Lifecycle, FocusIsNotifiedAndOwnsTheCaret)
+{
+    Editor e;
+    CVelmor& c = *e.ctl;
+    c.LoadText(L"abc\n");
+    e.host.notifications.clear();
+    c.SetFocus();
+    PumpMessages();
+    ASSERT_FALSE(e.host.notifications.empty());
+    EXPECT_EQ((UINT)EN_SETFOCUS, e.host.notifications.back().code);
+    EXPECT_EQ((UINT)kId, e.host.notifications.back().id);
+    EXPECT_TRUE(c.m_bCaretCreated);
+
+    SetFocus(e.host.hwnd());
+    PumpMessages();
+    EXPECT_EQ((UINT)EN_KILLFOCUS, e.host.notifications.back().code);
+    EXPECT_FALSE(c.m_bCaretCreated); // the caret went with the focus
+}
+
+TEST(Lifecycle, CompactControlNeverGrowsScrollBars)
+{
+    Editor e(1);
+    CVelmor& c = *e.ctl;
+    for (int i = 0; i < 100; ++i)
+        c.InsertTextLine(L"a line much longer than the control is wide, to need a horizontal bar", 0, true, false);
+    EXPECT_EQ(0u, c.GetStyle() & (WS_VSCROLL | WS_HSCROLL));
+    Editor framed;
+    framed.ctl->InsertTextLine(L"x", 0, true, false);
+    EXPECT_EQ((DWORD)(WS_VSCROLL | WS_HSCROLL), framed.ctl->GetStyle() & (WS_VSCROLL | WS_HSCROLL));
+}
