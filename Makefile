@@ -1,12 +1,13 @@
 # Velmor: make test | make demo | make bench
 BUILD ?= build
 NATIVE := $(BUILD)/native
+ASAN := $(BUILD)/native-asan
 WIN64 := $(BUILD)/win64
 WIN32 := $(BUILD)/win32
 JOBS ?= $(shell nproc)
 export VELMOR_BUILD_DIR := $(abspath $(BUILD))
 
-.PHONY: all deps native win64 win32 test demo bench clean
+.PHONY: all deps native asan win64 win32 test demo bench clean
 
 all: native win64 win32
 
@@ -15,6 +16,11 @@ deps:
 
 $(NATIVE)/build.ninja: | deps
 	cmake -S . -B $(NATIVE) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+
+# The portable parts again, under AddressSanitizer and UBSan.
+$(ASAN)/build.ninja: | deps
+	cmake -S . -B $(ASAN) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_CXX_FLAGS="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer" >/dev/null
 
 $(WIN64)/build.ninja: | deps
 	cmake -S . -B $(WIN64) -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-x86_64.cmake >/dev/null
@@ -25,6 +31,9 @@ $(WIN32)/build.ninja: | deps
 native: $(NATIVE)/build.ninja
 	cmake --build $(NATIVE) -j $(JOBS)
 
+asan: $(ASAN)/build.ninja
+	cmake --build $(ASAN) -j $(JOBS) --target native_tests
+
 win64: $(WIN64)/build.ninja
 	cmake --build $(WIN64) -j $(JOBS)
 
@@ -32,8 +41,9 @@ win32: $(WIN32)/build.ninja
 	cmake --build $(WIN32) -j $(JOBS)
 
 # Native tests, then every Windows test under a private headless Wine session.
-test: native win64 win32
+test: native asan win64 win32
 	cd $(NATIVE) && ctest --output-on-failure
+	cd $(ASAN) && ctest --output-on-failure
 	scripts/wine-session sh -c 'cd $(WIN64) && ctest --output-on-failure'
 
 demo: win64
