@@ -121,10 +121,7 @@ BOOL CVelmor::Create(DWORD dwStyle, CWnd* pParent, const CRect& rect, int nID, i
     // Forgotten, not deleted: a control is created once, before any paint.
     m_hMemDC = nullptr;
     m_hMemBitmap = nullptr;
-    // Before the window exists these have no effect; the ranges are set for
-    // real by UpdateScrollSizes.
-    SetScrollRange(SB_HORZ, 0, 200, FALSE);
-    SetScrollRange(SB_VERT, 0, 200, FALSE);
+    // Scroll ranges need the window: UpdateScrollSizes sets them.
     m_nFontSize = nFontSize;
     m_strFontName = pszFontName;
     if (nFontSize > 0) {
