@@ -1,6 +1,5 @@
-// Helpers shared by the native and the Windows benchmarks: statistics,
-// the control's built-in words, and filling a text store the way the
-// control's LoadText does.
+// Helpers shared by the native and the Windows benchmarks: statistics and
+// filling a text store the way the control's LoadText does.
 #pragma once
 #include "ScriptGen.h"
 #include "text/ScriptText.h"
@@ -47,19 +46,6 @@ inline void Result(const char* row, const char* column, const char* fmt, double 
     std::printf("RESULT\t%s\t%s\t", row, column);
     std::printf(fmt, value);
     std::printf("\n");
-}
-
-// The Insert* calls take a non-const pointer, so words go through a buffer.
-inline void AddBuiltinWords(CColorizer& c)
-{
-    for (const wchar_t* w : kOperatorWords) {
-        std::wstring s(w);
-        c.InsertOpKey(&s[0]);
-    }
-    for (const wchar_t* w : kFunctionWords) {
-        std::wstring s(w);
-        c.InsertFuncKey(&s[0]);
-    }
 }
 
 // Splits the script into the store as CVelmor::LoadText does: one line per

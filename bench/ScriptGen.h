@@ -17,17 +17,6 @@
 
 namespace bench {
 
-// The words the control adds to every colorizer it installs (see
-// editor/VelmorSettings.cpp); the native benchmark installs the same ones.
-inline const wchar_t* const kOperatorWords[] = {
-    L"+", L"-", L"*", L"/", L"<", L"<=", L">", L">=", L"==", L"!=", L"^", L"and", L"or", L"xor",
-};
-inline const wchar_t* const kFunctionWords[] = {
-    L"sin", L"cos", L"tan", L"asin", L"acos", L"atan", L"sinh", L"cosh", L"tanh", L"asinh", L"acosh",
-    L"atanh", L"log2", L"log10", L"log", L"ln", L"exp", L"sqrt", L"sign", L"rint", L"abs", L"min",
-    L"max", L"sum", L"avg",
-};
-
 // Benchmark sizes are counted in characters: 1 MiB = 1,048,576 characters,
 // which is also the size in bytes of the script as an ASCII file.
 const size_t kMiB = 1u << 20;

@@ -1,19 +1,6 @@
 // Settings, breakpoints, colours and the colorizer entry points.
 #include "VelmorCtrl.h"
 
-namespace {
-// Added to every colorizer installed with SetColorizer. Only the word
-// operators are ever coloured; the symbols are offered by the context menu.
-const wchar_t* const kOperatorWords[] = {
-    L"+", L"-", L"*", L"/", L"<", L"<=", L">", L">=", L"==", L"!=", L"^", L"and", L"or", L"xor",
-};
-const wchar_t* const kFunctionWords[] = {
-    L"sin", L"cos", L"tan", L"asin", L"acos", L"atan", L"sinh", L"cosh", L"tanh", L"asinh", L"acosh",
-    L"atanh", L"log2", L"log10", L"log", L"ln", L"exp", L"sqrt", L"sign", L"rint", L"abs", L"min",
-    L"max", L"sum", L"avg",
-};
-}
-
 void CVelmor::InvalidateAll(BOOL bErase)
 {
     // InvalidateRect with no window would invalidate every window.
@@ -128,11 +115,7 @@ void CVelmor::SetColorizer(CColorizer* pColorizer)
     m_Text.FullUpdate();
     InvalidateAll(TRUE);
     // The built-in words take effect at each line's next recolouring.
-    CColorizer* p = m_Text.GetColorizer();
-    for (const wchar_t* w : kOperatorWords)
-        p->InsertOpKey(const_cast<wchar_t*>(w));
-    for (const wchar_t* w : kFunctionWords)
-        p->InsertFuncKey(const_cast<wchar_t*>(w));
+    AddBuiltinWords(*m_Text.GetColorizer());
 }
 
 void CVelmor::AddKey(wchar_t* pszWord)

@@ -32,6 +32,23 @@ inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, in
 
 } // namespace
 
+void AFXAPI AddBuiltinWords(CColorizer& colorizer)
+{
+    static const wchar_t* const operatorWords[] = {
+        L"+", L"-", L"*", L"/", L"<", L"<=", L">", L">=", L"==", L"!=", L"^", L"and", L"or", L"xor",
+    };
+    static const wchar_t* const functionWords[] = {
+        L"sin", L"cos", L"tan", L"asin", L"acos", L"atan", L"sinh", L"cosh", L"tanh", L"asinh", L"acosh",
+        L"atanh", L"log2", L"log10", L"log", L"ln", L"exp", L"sqrt", L"sign", L"rint", L"abs", L"min",
+        L"max", L"sum", L"avg",
+    };
+    // The Insert calls take a non-const pointer; they only read the word.
+    for (const wchar_t* w : operatorWords)
+        colorizer.InsertOpKey(const_cast<wchar_t*>(w));
+    for (const wchar_t* w : functionWords)
+        colorizer.InsertFuncKey(const_cast<wchar_t*>(w));
+}
+
 CColorizer::CColorizer() : m_bInComment(false), m_bNoCase(false) {}
 
 CColorizer::~CColorizer() {}

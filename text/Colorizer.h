@@ -59,6 +59,11 @@ private:
     int Contains(const std::set<CString>& set, CString& word) const;
 };
 
+// Adds the control's built-in operator words ("+" ... "and", "or", "xor")
+// and function words ("sin" ... "avg") to a colorizer. Only the word
+// operators are ever coloured; the symbols are offered by the context menu.
+AFX_EXT_API void AFXAPI AddBuiltinWords(CColorizer& colorizer);
+
 // The colorizer the control installs: comments, the first string literal
 // of a line, "@" marker lines, then the base word colouring.
 class AFX_EXT_CLASS CSampleColorizer : public CColorizer

@@ -23,17 +23,6 @@ inline void AddKey(CColorizer& c, const wchar_t* w) { std::wstring s(w); c.Inser
 inline void AddOp(CColorizer& c, const wchar_t* w) { std::wstring s(w); c.InsertOpKey(&s[0]); }
 inline void AddFunc(CColorizer& c, const wchar_t* w) { std::wstring s(w); c.InsertFuncKey(&s[0]); }
 
-// The words the control installs into its colorizer.
-inline void AddBuiltinWords(CColorizer& c)
-{
-    for (const wchar_t* w : {L"+", L"-", L"*", L"/", L"<", L"<=", L">", L">=", L"==", L"!=", L"^", L"and", L"or", L"xor"})
-        AddOp(c, w);
-    for (const wchar_t* w : {L"sin", L"cos", L"tan", L"asin", L"acos", L"atan", L"sinh", L"cosh", L"tanh", L"asinh",
-                             L"acosh", L"atanh", L"log2", L"log10", L"log", L"ln", L"exp", L"sqrt", L"sign", L"rint",
-                             L"abs", L"min", L"max", L"sum", L"avg"})
-        AddFunc(c, w);
-}
-
 // Expected colours written run by run: {{count, colour}, ...}.
 inline Colors Runs(std::initializer_list<std::pair<int, unsigned long>> runs)
 {
