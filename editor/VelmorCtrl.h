@@ -227,4 +227,12 @@ public:
 
 private:
     void InitMembers(COLORREF crBackground);
+    void ApplyScrollSizes();
+    int CaretOffset(CDC* pDC) const;
+    void SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos);
+
+    // Set between StartAction and EndAction: scroll bars are updated once
+    // when the action ends (m_bScrollPending records that one is due).
+    bool m_bInAction;
+    bool m_bScrollPending;
 };

@@ -63,6 +63,8 @@ void CVelmor::InitMembers(COLORREF crBackground)
     m_hMemBitmap = nullptr;
     std::memset(m_szValueBuf, 0, sizeof m_szValueBuf);
     m_strClassName.Format(L"CVelmor::%p", (void*)this);
+    m_bInAction = false;
+    m_bScrollPending = false;
 }
 
 CVelmor::CVelmor()

@@ -1,6 +1,7 @@
 // Painting: background, margin, and the text cell by cell.
 #include "VelmorCtrl.h"
 #include "../gdi/OrvMemDC.h"
+#include <algorithm>
 #include <stdexcept>
 #include <vector>
 
@@ -79,10 +80,16 @@ void CVelmor::BuildCompactBackground()
 
 void CVelmor::OnPaint()
 {
+    // An edit that ended abnormally may have left the scroll bars due.
+    if (m_bScrollPending && !m_bInAction)
+        ApplyScrollSizes();
     CPaintDC dc(this);
     CRect rcClient;
     GetClientRect(&rcClient);
     COrvMemDC memDC(&dc, nullptr);
+    // The area being painted: lines outside it are not drawn at all.
+    CRect rcPaint = rcClient;
+    rcPaint.IntersectRect(rcClient, &dc.m_ps.rcPaint);
 
     if (m_bNoFrame) {
         if (!m_hMemDC)
@@ -110,7 +117,7 @@ void CVelmor::OnPaint()
     for (int nLine = m_nFirstLine; nLine < nEnd; ++nLine) {
         CRect rcLine = GetLineRect(nLine), rcVisible;
         // A view scrolled above the first line shows nothing there.
-        if (nLine >= 0 && rcVisible.IntersectRect(rcLine, rcClient))
+        if (nLine >= 0 && rcVisible.IntersectRect(rcLine, rcPaint))
             _DrawLine(&memDC, m_Text.LineRef(nLine), m_Text._GetLineColors(nLine), nLine, y);
         y += m_nLineHeight;
     }
@@ -170,6 +177,11 @@ void CVelmor::DrawMargin(CDC* pDC, int nLine, int y)
 // and characters above U+007E take two cells. Unselected characters of one
 // colour are drawn as one run placed with those same per-character
 // advances, which gives the same pixels as drawing them one by one.
+//
+// Only what can reach the device is measured and drawn: the line is walked
+// in chunks from the first visible column and the walk ends past the right
+// edge of the DC's clip box, so a line of millions of characters costs what
+// a screenful does. The point returned is then the end of what was drawn.
 CPoint CVelmor::_DrawLine(CDC* pDC, const CString& text, const std::vector<unsigned long>& colors, int nLine,
                           int y)
 {
@@ -178,72 +190,92 @@ CPoint CVelmor::_DrawLine(CDC* pDC, const CString& text, const std::vector<unsig
 
     int x = m_nLeftMargin;
     const int first = m_nFirstCol > 0 ? m_nFirstCol : 0;
-    const int n = text.GetLength() - first;
-    if (n <= 0)
+    const int total = text.GetLength() - first;
+    if (total <= 0)
         return CPoint(x, y);
-    const wchar_t* p = text.GetString() + first;
+    const wchar_t* line = text.GetString() + first;
 
-    // Cell widths.
-    std::vector<int> cell((size_t)n), advance((size_t)n);
-    const bool bRuns = IsSimpleText(p, n);
-    if (bRuns) {
-        std::vector<int> extent((size_t)n);
-        SIZE total;
-        ::GetTextExtentExPointW(pDC->m_hAttribDC, p, n, 0, nullptr, extent.data(), &total);
-        for (int i = 0; i < n; ++i)
-            cell[(size_t)i] = extent[(size_t)i] - (i ? extent[(size_t)i - 1] : 0);
-    } else {
-        for (int i = 0; i < n; ++i)
-            cell[(size_t)i] = pDC->GetTextExtent(p + i, 1).cx;
-    }
-    for (int i = 0; i < n; ++i) {
-        if (cell[(size_t)i] > 0)
-            m_nCharWidth = cell[(size_t)i];
-        cell[(size_t)i] = m_nCharWidth;
-        advance[(size_t)i] = (unsigned)p[i] > 126 ? 2 * m_nCharWidth : m_nCharWidth;
-    }
+    // A glyph may overhang its cell; one drawn just right of the clip box
+    // can still reach into it.
+    CRect rcClip;
+    ::GetClipBox(pDC->m_hDC, &rcClip);
+    const int xStop = rcClip.right + std::max<int>(m_tm.tmMaxCharWidth, m_nCharWidth);
 
     const bool bSelection = Selected();
-    int runStart = 0, runX = x;
-    COLORREF runColor = 0;
-    auto flush = [&](int end) {
-        if (end > runStart) {
-            pDC->SetTextColor(runColor);
-            ::ExtTextOutW(pDC->m_hDC, runX, y, 0, nullptr, p + runStart, (UINT)(end - runStart), &advance[(size_t)runStart]);
-        }
-    };
+    const int kChunk = 256;
+    int cell[kChunk], advance[kChunk], extent[kChunk];
 
-    for (int i = 0; i < n; ++i) {
-        const int c = first + i;
-        if (bSelection && InSelection(c, nLine)) {
-            flush(i);
-            pDC->SetTextColor(m_crHighlightText);
-            pDC->FillSolidRect(CRect(x, y, x + cell[(size_t)i], y + m_nLineHeight), m_crHighlight);
-            pDC->TextOut(x, y, p + i, 1);
-            runStart = i + 1;
-            runX = x + advance[(size_t)i];
+    for (int done = 0; done < total && x < xStop; done += kChunk) {
+        const int n = std::min(kChunk, total - done);
+        const wchar_t* p = line + done;
+
+        // Cell widths of this chunk.
+        const bool bRuns = IsSimpleText(p, n);
+        if (bRuns) {
+            SIZE size;
+            ::GetTextExtentExPointW(pDC->m_hAttribDC, p, n, 0, nullptr, extent, &size);
+            for (int i = 0; i < n; ++i)
+                cell[i] = extent[i] - (i ? extent[i - 1] : 0);
         } else {
-            if ((size_t)c >= colors.size()) {
-                // Every line is coloured before it is painted.
-                flush(i);
-                throw std::out_of_range("invalid vector<T> subscript");
+            for (int i = 0; i < n; ++i)
+                cell[i] = pDC->GetTextExtent(p + i, 1).cx;
+        }
+        // The chunk ends early at the first cell that starts past the edge.
+        int end = n;
+        int xEnd = x;
+        for (int i = 0; i < n; ++i) {
+            if (xEnd >= xStop) {
+                end = i;
+                break;
             }
-            const COLORREF color = colors[(size_t)c];
-            if (!bRuns) {
-                pDC->SetTextColor(color);
+            if (cell[i] > 0)
+                m_nCharWidth = cell[i];
+            cell[i] = m_nCharWidth;
+            advance[i] = (unsigned)p[i] > 126 ? 2 * m_nCharWidth : m_nCharWidth;
+            xEnd += advance[i];
+        }
+
+        int runStart = 0, runX = x;
+        COLORREF runColor = 0;
+        auto flush = [&](int stop) {
+            if (stop > runStart) {
+                pDC->SetTextColor(runColor);
+                ::ExtTextOutW(pDC->m_hDC, runX, y, 0, nullptr, p + runStart, (UINT)(stop - runStart),
+                              &advance[runStart]);
+            }
+        };
+        for (int i = 0; i < end; ++i) {
+            const int c = first + done + i;
+            if (bSelection && InSelection(c, nLine)) {
+                flush(i);
+                pDC->SetTextColor(m_crHighlightText);
+                pDC->FillSolidRect(CRect(x, y, x + cell[i], y + m_nLineHeight), m_crHighlight);
                 pDC->TextOut(x, y, p + i, 1);
                 runStart = i + 1;
-                runX = x + advance[(size_t)i];
-            } else if (i > runStart && color != runColor) {
-                flush(i);
-                runStart = i;
-                runX = x;
+                runX = x + advance[i];
+            } else {
+                if ((size_t)c >= colors.size()) {
+                    // Every line is coloured before it is painted.
+                    flush(i);
+                    throw std::out_of_range("invalid vector<T> subscript");
+                }
+                const COLORREF color = colors[(size_t)c];
+                if (!bRuns) {
+                    pDC->SetTextColor(color);
+                    pDC->TextOut(x, y, p + i, 1);
+                    runStart = i + 1;
+                    runX = x + advance[i];
+                } else if (i > runStart && color != runColor) {
+                    flush(i);
+                    runStart = i;
+                    runX = x;
+                }
+                runColor = color;
             }
-            runColor = color;
+            x += advance[i];
         }
-        x += advance[(size_t)i];
+        if (bRuns)
+            flush(end);
     }
-    if (bRuns)
-        flush(n);
     return CPoint(x, y);
 }

@@ -118,6 +118,11 @@ void CVelmor::SetLine(const wchar_t* pszText, int nLine)
     try {
         SetTextLine(CString(pszText), nLine, false, true);
     } catch (...) {
+        // The action ends without an undo step; the scroll bars still
+        // follow whatever did change.
+        m_bInAction = false;
+        if (m_bScrollPending)
+            ApplyScrollSizes();
         DrawCursor(true);
         throw;
     }

@@ -21,11 +21,15 @@ void CUndoFrame::Clear()
 void CVelmor::StartAction()
 {
     StartUndoFrame();
+    m_bInAction = true;
 }
 
 void CVelmor::EndAction()
 {
     EndUndoFrame();
+    m_bInAction = false;
+    if (m_bScrollPending)
+        ApplyScrollSizes();
     NotifyParent(EN_CHANGE);
 }
 
@@ -40,7 +44,8 @@ void CVelmor::EndUndoFrame()
 {
     if (m_CurFrame.IsEmpty())
         return;
-    m_UndoStack.push(m_CurFrame);
+    // Moved, not copied: a loaded text's frame holds an entry per line.
+    m_UndoStack.push(std::move(m_CurFrame));
     m_CurFrame.Clear();
 }
 

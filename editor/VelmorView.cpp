@@ -94,30 +94,73 @@ void CVelmor::RefreshLineNum(int bNow)
 
 void CVelmor::UpdateScrollSizes()
 {
+    // Inside an edit the bars are brought up to date once, when it ends.
+    if (m_bInAction) {
+        m_bScrollPending = true;
+        return;
+    }
+    ApplyScrollSizes();
+}
+
+void CVelmor::ApplyScrollSizes()
+{
+    m_bScrollPending = false;
     if (!m_hWnd)
         return;
     // Setting scroll information on a window created without scroll bars
     // would add them; a compact control has none, and paints no frame to
     // draw them in.
     const DWORD dwStyle = GetStyle();
-    SCROLLINFO si = {};
-    si.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
+    if (!(dwStyle & (WS_VSCROLL | WS_HSCROLL)))
+        return;
+    CRect rcClient;
+    GetClientRect(&rcClient);
     const int nLines = (int)m_Text._GetSize();
-    const int nVisible = VisibleLines(false);
-    si.nMin = 0;
-    si.nMax = nLines > nVisible ? nLines - 1 : 0;
-    si.nPage = (UINT)std::max(nVisible, 0);
-    si.nPos = m_nFirstLine;
-    if (dwStyle & WS_VSCROLL)
-        SetScrollInfo(SB_VERT, &si, TRUE);
+    const int nVisible = std::min(rcClient.Height() / std::max(m_nLineHeight, 1), nLines);
+    const int nMaxLen = (int)m_Text.m_nMaxLineLen;
+    const int nCols = rcClient.Width() / std::max(m_nCharWidth, 1) - 1;
 
-    const int nMaxLen = (int)m_Text.FindMaxLineLen();
-    const int nCols = VisibleColumns();
-    si.nMax = nMaxLen > nCols ? nMaxLen - 1 : 0;
-    si.nPage = (UINT)std::max(nCols, 0);
-    si.nPos = m_nFirstCol;
+    if (dwStyle & WS_VSCROLL)
+        SetScrollBarIfChanged(SB_VERT, nLines > nVisible ? nLines - 1 : 0, std::max(nVisible, 0), m_nFirstLine);
     if (dwStyle & WS_HSCROLL)
-        SetScrollInfo(SB_HORZ, &si, TRUE);
+        SetScrollBarIfChanged(SB_HORZ, nMaxLen > nCols ? nMaxLen - 1 : 0, std::max(nCols, 0), m_nFirstCol);
+}
+
+// Sets one bar's range, page and position when any of them differs from what
+// the bar holds. The bar is not redrawn here: its strip of the frame is
+// invalidated and repainted with the next paint, so a run of edits costs no
+// drawing at all until the screen is updated.
+void CVelmor::SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos)
+{
+    SCROLLINFO cur = {};
+    cur.cbSize = sizeof cur;
+    cur.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
+    if (::GetScrollInfo(m_hWnd, nBar, &cur) && cur.nMin == 0 && cur.nMax == nMax && cur.nPage == (UINT)nPage &&
+        cur.nPos == nPos)
+        return;
+    SCROLLINFO si = {};
+    si.cbSize = sizeof si;
+    si.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
+    si.nMin = 0;
+    si.nMax = nMax;
+    si.nPage = (UINT)nPage;
+    si.nPos = nPos;
+    ::SetScrollInfo(m_hWnd, nBar, &si, FALSE);
+
+    // The bar's strip in client coordinates: right of the client area for
+    // the vertical bar, below it for the horizontal one (the corner box
+    // included in both).
+    CRect rcClient, rcWindow;
+    GetClientRect(&rcClient);
+    GetWindowRect(&rcWindow);
+    ScreenToClient(&rcWindow);
+    CRect rcBar = rcWindow;
+    if (nBar == SB_VERT)
+        rcBar.left = rcClient.right;
+    else
+        rcBar.top = rcClient.bottom;
+    if (!rcBar.IsRectEmpty())
+        ::RedrawWindow(m_hWnd, &rcBar, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
 }
 
 void CVelmor::ScrollToLine(int nLine)
@@ -150,10 +193,7 @@ void CVelmor::DrawCursor(bool bShow)
         return;
     CClientDC dc(this);
     CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
-    CString line;
-    if (m_ptCursor.y >= 0 && m_ptCursor.y < (int)m_Text._GetSize())
-        line = m_Text.LineRef(m_ptCursor.y).Mid(m_nFirstCol, m_ptCursor.x - m_nFirstCol);
-    const int x = dc.GetTextExtent(line).cx + m_nLeftMargin;
+    const int x = CaretOffset(&dc) + m_nLeftMargin;
     const int y = (m_ptCursor.y - m_nFirstLine) * m_nLineHeight;
     if (pOld)
         dc.SelectObject(pOld);
@@ -167,6 +207,26 @@ void CVelmor::DrawCursor(bool bShow)
         m_bCaretCreated = false;
     }
     SetCaretPos(CPoint(x, y));
+}
+
+// The width of the caret line's text from the first visible column to the
+// caret, as the font measures it. Only a screenful is measured: every
+// character is at least a pixel wide, so no more characters than the client
+// area has pixels can stand left of a visible caret; a caret further right
+// stands off screen, where its exact place does not matter.
+int CVelmor::CaretOffset(CDC* pDC) const
+{
+    if (m_ptCursor.y < 0 || m_ptCursor.y >= (int)m_Text._GetSize())
+        return 0;
+    const CString& line = m_Text.LineRef(m_ptCursor.y);
+    const int first = std::max(m_nFirstCol, 0);
+    const int last = std::min((int)m_ptCursor.x, line.GetLength());
+    if (last <= first)
+        return 0;
+    CRect rc;
+    GetClientRect(&rc);
+    const int n = std::min(last - first, std::max(rc.Width(), 0) + 1);
+    return pDC->GetTextExtent(line.GetString() + first, n).cx;
 }
 
 // ---------------------------------------------------------------------------

@@ -29,6 +29,8 @@ public:
         m_data.resize((size_t)nNewSize);
     }
     void RemoveAll() { m_data.clear(); }
+    // Capacity for nCount elements without changing the size.
+    void Reserve(int nCount) { if (nCount > 0) m_data.reserve((size_t)nCount); }
     void FreeExtra() { m_data.shrink_to_fit(); }
 
     const TYPE& GetAt(int i) const { Check(i); return m_data[(size_t)i]; }

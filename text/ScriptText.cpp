@@ -15,6 +15,7 @@ CScriptText& CScriptText::operator=(CScriptText& other)
         m_arrLines.RemoveAll();
         m_arrLines.Copy(other.m_arrLines);
         m_LineColors = other.m_LineColors;
+        RecountLengths();
     }
     return *this;
 }
@@ -33,6 +34,31 @@ const std::vector<unsigned long>& CScriptText::_GetLineColors(int nLine) const
     return m_LineColors[(size_t)nLine];
 }
 
+void CScriptText::CountLength(int nLength, int nDelta)
+{
+    auto it = m_LengthCount.emplace(nLength, 0).first;
+    it->second += nDelta;
+    if (it->second <= 0)
+        m_LengthCount.erase(it);
+}
+
+void CScriptText::RecountLengths()
+{
+    m_LengthCount.clear();
+    const int n = m_arrLines.GetSize();
+    const CString* lines = m_arrLines.GetData();
+    for (int i = 0; i < n; ++i)
+        CountLength(lines[i].GetLength(), 1);
+}
+
+void CScriptText::Reserve(int nLines)
+{
+    if (nLines > 0) {
+        m_arrLines.Reserve(nLines);
+        m_LineColors.reserve((size_t)nLines);
+    }
+}
+
 void CScriptText::ColorLine(int nLine)
 {
     std::vector<unsigned long>& colors = Colors(nLine);
@@ -49,6 +75,7 @@ void CScriptText::_InsertLine(const CString& text, int nLine, int bColor)
     if (nLine > m_arrLines.GetSize())
         nLine = m_arrLines.GetSize();
     m_arrLines.InsertAt(nLine, text);
+    CountLength(text.GetLength(), 1);
     try {
         std::vector<unsigned long> colors;
         if (bColor) {
@@ -59,13 +86,17 @@ void CScriptText::_InsertLine(const CString& text, int nLine, int bColor)
     } catch (...) {
         // Out of memory: keep one colour vector per line.
         m_arrLines.RemoveAt(nLine);
+        CountLength(text.GetLength(), -1);
         throw;
     }
 }
 
 int CScriptText::_SetLine(const CString& text, int nLine)
 {
+    const int nOldLength = m_arrLines.GetAt(nLine).GetLength();
     m_arrLines.SetAt(nLine, text);
+    CountLength(nOldLength, -1);
+    CountLength(text.GetLength(), 1);
     m_pColorizer->m_bInComment = false;
     if (nLine > 0 && !text.IsEmpty()) {
         if (text.Find(L"*/") >= 0 || text.Find(L"/*") >= 0) {
@@ -92,7 +123,9 @@ int CScriptText::_SetLine(const CString& text, int nLine)
 
 void CScriptText::_RemoveLine(int nLine)
 {
+    const int nOldLength = m_arrLines.GetAt(nLine).GetLength();
     m_arrLines.RemoveAt(nLine);
+    CountLength(nOldLength, -1);
     if ((size_t)nLine >= m_LineColors.size())
         ThrowSubscript();
     m_LineColors.erase(m_LineColors.begin() + nLine);
@@ -103,6 +136,7 @@ void CScriptText::_RemoveAll()
 {
     m_arrLines.RemoveAll();
     m_LineColors.clear();
+    m_LengthCount.clear();
     FindMaxLineLen();
     _InsertLine(CString(), 0, 1);
 }
@@ -139,12 +173,7 @@ void CScriptText::ResetTextColor(int nLine, int bUp)
 
 long CScriptText::FindMaxLineLen()
 {
-    m_nMaxLineLen = 0;
-    const int n = m_arrLines.GetSize();
-    const CString* lines = m_arrLines.GetData();
-    for (int i = 0; i < n; ++i)
-        if (lines[i].GetLength() > m_nMaxLineLen)
-            m_nMaxLineLen = lines[i].GetLength();
+    m_nMaxLineLen = m_LengthCount.empty() ? 0 : m_LengthCount.rbegin()->first;
     return m_nMaxLineLen;
 }
 

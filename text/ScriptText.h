@@ -4,6 +4,7 @@
 // the lines after it.
 #pragma once
 #include "Colorizer.h"
+#include <map>
 #include <vector>
 
 class AFX_EXT_CLASS CScriptText
@@ -37,8 +38,15 @@ public:
     // Recolours from nLine forward up to a "*/" line, or backward (never
     // reaching line 0) up to a "/*" line.
     void ResetTextColor(int nLine, int bUp);
+    // The length of the longest line. The store keeps a count of lines per
+    // length up to date on every change, so this costs O(log n), not a scan
+    // of every line. Lines must be changed through the store's operations.
     long FindMaxLineLen();
     int IsCommentOut(int nCol, int nLine);
+
+    // Room for nLines lines in both tables, so that loading a text of known
+    // size grows neither of them by doubling.
+    void Reserve(int nLines);
 
     // Direct read access for painting and export; nLine must be valid.
     const CString& LineRef(int nLine) const { return m_arrLines.GetAt(nLine); }
@@ -46,6 +54,8 @@ public:
 private:
     std::vector<unsigned long>& Colors(int nLine);
     void ColorLine(int nLine);
+    void CountLength(int nLength, int nDelta);
+    void RecountLengths();
 
 public:
     long m_nMaxLineLen;
@@ -53,4 +63,8 @@ public:
     CColorizer m_DefColorizer;
     CColorizer* m_pColorizer;
     std::vector<std::vector<unsigned long>> m_LineColors;
+
+private:
+    // Number of lines of each length (only lengths that occur).
+    std::map<int, long> m_LengthCount;
 };
