@@ -1,0 +1,245 @@
+// Windows benchmark of edits and of big or odd documents, run under Wine.
+// A host program like velmor_bench.exe: it links only the DLL's import
+// library and drives the control through its exported interface.
+//
+//   - line edit mid 10 MiB: one character added to, then removed from, a
+//     visible line in the middle of the generated 10 MiB script through
+//     SetTextLine; the line's rectangle is invalidated as an editing command
+//     does and UpdateWindow paints it. Each SetTextLine + paint is a sample.
+//   - repaint one 10 MiB line: the same script joined into a single line,
+//     full client repaints scrolled to its start and to its middle.
+//   - one-line LoadText: loading a one-line script over a one-line script,
+//     and a one-line script over the 10 MiB one (the old text torn down).
+//   - hostile inputs: a 10 MiB line, 10^6 empty lines, 1 MiB of tabs, lone
+//     surrogates, 100,000 alternating comment delimiters. Each is loaded,
+//     painted, scrolled to its end and read back; every step is timed and
+//     the text read back is compared with what was loaded.
+//
+// Lines beginning with "RESULT" are read by scripts/run-bench.
+#include "BenchUtil.h"
+#include "WinBench.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <string>
+
+namespace {
+
+using namespace bench;
+
+double TimeIt(const std::function<void()>& f)
+{
+    const double t0 = NowMs();
+    f();
+    return NowMs() - t0;
+}
+
+void Repaint(CVelmor& ctl)
+{
+    ctl.Invalidate(TRUE);
+    ctl.UpdateWindow();
+}
+
+// Scrolls the view so that the last line and the end of the longest line
+// show, as a user dragging both thumbs to their ends would.
+void ScrollToEnd(CVelmor& ctl)
+{
+    const int nLines = ctl.GetLineCount();
+    ctl.m_nFirstLine = std::max(0, nLines - ctl.VisibleLines(true));
+    ctl.m_nFirstCol = std::max(0, (int)ctl.m_Text.FindMaxLineLen() - ctl.VisibleColumns());
+    ctl.SetScrollPos(SB_VERT, ctl.m_nFirstLine, TRUE);
+    ctl.SetScrollPos(SB_HORZ, ctl.m_nFirstCol, TRUE);
+    Repaint(ctl);
+}
+
+void LineEdit(HWND host, const std::wstring& script)
+{
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->SetLineNumber(true);
+    ctl->LoadText(script.c_str());
+    ctl->ClearUndoHistory();
+    const int middle = ctl->GetLineCount() / 2;
+    ctl->m_nFirstLine = middle;
+    ctl->SetScrollPos(SB_VERT, middle, TRUE);
+    PumpMessages();
+    Repaint(*ctl);
+
+    // A visible line with text and no comment delimiter (a delimiter makes
+    // the store recolour the whole text, which is measured elsewhere).
+    int nLine = middle + 10;
+    while (nLine < ctl->GetLineCount() - 1) {
+        CString s = ctl->GetLine(nLine);
+        if (s.GetLength() > 10 && s.Find(L"/*") < 0 && s.Find(L"*/") < 0)
+            break;
+        ++nLine;
+    }
+    const CString original = ctl->GetLine(nLine);
+    CString edited = original;
+    edited.Insert(5, L'x');
+    const HWND hwnd = ctl->m_hWnd;
+
+    std::vector<double> times;
+    for (int i = 0; i < 400; ++i) {
+        const CString& text = i % 2 ? original : edited;
+        times.push_back(TimeIt([&] {
+            ctl->SetTextLine(text, nLine, false, true);
+            CRect rc = ctl->GetLineRect(nLine);
+            ::InvalidateRect(hwnd, &rc, FALSE);
+            ::UpdateWindow(hwnd);
+        }));
+        PumpMessages();
+    }
+    std::printf("  line edit mid 10 MiB: median %.2f ms, p99 %.2f ms  (line %d of %d, %d samples)\n",
+                Median(times), Percentile(times, 99), nLine + 1, ctl->GetLineCount(), (int)times.size());
+    Result("Wine line edit mid 10 MiB, median ms", "10 MiB", "%.2f", Median(times));
+    Result("Wine line edit mid 10 MiB, p99 ms", "10 MiB", "%.2f", Percentile(times, 99));
+    ctl.reset();
+    PumpMessages();
+}
+
+void LongLineRepaint(HWND host, const std::wstring& script)
+{
+    std::wstring one = script;
+    std::replace(one.begin(), one.end(), L'\n', L' ');
+    one += L'\n';
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->SetLineNumber(true);
+    ctl->LoadText(one.c_str());
+    PumpMessages();
+    std::vector<double> start, middle;
+    for (int i = 0; i < 30; ++i)
+        start.push_back(TimeIt([&] { Repaint(*ctl); }));
+    ctl->m_nFirstCol = (int)(one.size() / 2);
+    ctl->SetScrollPos(SB_HORZ, ctl->m_nFirstCol, TRUE);
+    PumpMessages();
+    for (int i = 0; i < 30; ++i)
+        middle.push_back(TimeIt([&] { Repaint(*ctl); }));
+    std::printf("  repaint one 10 MiB line: %.2f ms  (median of 30 at its start; %.2f ms in its middle)\n",
+                Median(start), Median(middle));
+    Result("Wine repaint one 10 MiB line, median ms", "10 MiB", "%.2f", Median(start));
+    ctl.reset();
+    PumpMessages();
+}
+
+void OneLineLoad(HWND host, const std::wstring& script)
+{
+    const wchar_t* kLine = L"variable x = sin (1.0); % one line\n";
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->LoadText(kLine);
+    PumpMessages();
+    std::vector<double> times;
+    for (int i = 0; i < 200; ++i) {
+        times.push_back(TimeIt([&] { ctl->LoadText(kLine); }));
+        PumpMessages();
+    }
+    std::vector<double> painted;
+    for (int i = 0; i < 50; ++i) {
+        painted.push_back(TimeIt([&] {
+            ctl->LoadText(kLine);
+            ctl->UpdateWindow();
+        }));
+        PumpMessages();
+    }
+    ctl->LoadText(script.c_str());
+    PumpMessages();
+    const double overBig = TimeIt([&] { ctl->LoadText(kLine); });
+    std::printf("  one-line LoadText: %.2f ms  (median of 200, p99 %.2f ms; with its repaint %.2f ms; "
+                "over the loaded 10 MiB script %.2f ms)\n",
+                Median(times), Percentile(times, 99), Median(painted), overBig);
+    Result("Wine one-line LoadText, median ms", "10 MiB", "%.2f", Median(times));
+    ctl.reset();
+    PumpMessages();
+}
+
+// --- hostile inputs ------------------------------------------------------------
+
+struct Hostile
+{
+    const char* name;
+    std::wstring text;     // as loaded
+    std::wstring expected; // as UnloadText must give it back
+};
+
+std::vector<Hostile> HostileInputs()
+{
+    std::vector<Hostile> v;
+    {
+        std::wstring s(10u << 20, L'a');
+        for (size_t i = 0; i < s.size(); i += 7)
+            s[i] = L' ';
+        s += L'\n';
+        v.push_back({ "a 10 MiB line", s, s + L'\n' });
+    }
+    {
+        std::wstring s(1000000, L'\n');
+        v.push_back({ "10^6 empty lines", s, s + L'\n' });
+    }
+    {
+        // Tabs expand to spaces up to the next stop of 4.
+        std::wstring s, e;
+        for (int line = 0; line < 1024; ++line) {
+            std::wstring t(1023, L'\t'), x((size_t)1023 * 4, L' ');
+            s += t + L'\n';
+            e += x + L'\n';
+        }
+        v.push_back({ "1 MiB of tabs", s, e + L'\n' });
+    }
+    {
+        std::wstring s;
+        for (int i = 0; i < 20000; ++i) {
+            s += L"x = \xD800; y = \xDC00 \xDFFF\xD800z \xDBFF\n";
+            s += L"\xDC01\xD801\n";
+        }
+        v.push_back({ "lone surrogates", s, s + L'\n' });
+    }
+    {
+        std::wstring s;
+        for (int i = 0; i < 100000; ++i)
+            s += i % 2 ? L"b */ c\n" : L"a /* b\n";
+        v.push_back({ "100,000 alternating comment delimiters", s, s + L'\n' });
+    }
+    return v;
+}
+
+void HostileLoads(HWND host)
+{
+    double worst = 0;
+    bool allExact = true;
+    for (const Hostile& h : HostileInputs()) {
+        std::unique_ptr<CVelmor> ctl = CreateControl(host);
+        ctl->SetLineNumber(true);
+        const double load = TimeIt([&] { ctl->LoadText(h.text.c_str()); });
+        const double paint = TimeIt([&] { Repaint(*ctl); });
+        const double scroll = TimeIt([&] { ScrollToEnd(*ctl); });
+        CString back;
+        const double read = TimeIt([&] { ctl->UnloadText(back); });
+        const bool exact = back.GetLength() == (int)h.expected.size() &&
+                           std::equal(h.expected.begin(), h.expected.end(), back.GetString());
+        allExact = allExact && exact;
+        worst = std::max({ worst, load, paint, scroll, read });
+        std::printf("  %-40s load %7.2f ms, paint %6.2f ms, scroll to end %6.2f ms, read back %6.2f ms: %s\n",
+                    h.name, load, paint, scroll, read, exact ? "exact" : "DIFFERS");
+        ctl.reset();
+        PumpMessages();
+    }
+    std::printf("  hostile inputs: slowest step %.2f ms; %s\n", worst,
+                allExact ? "every text read back exactly" : "SOME TEXT DIFFERS");
+    Result("Wine hostile inputs, slowest step ms", "10 MiB", "%.2f", worst);
+}
+
+} // namespace
+
+int main()
+{
+    const std::wstring script = MakeScript((size_t)10 * kMiB);
+    HWND host = CreateHost();
+    PumpMessages();
+    OneLineLoad(host, script);
+    LineEdit(host, script);
+    LongLineRepaint(host, script);
+    HostileLoads(host);
+    DestroyWindow(host);
+    PumpMessages();
+    return 0;
+}
