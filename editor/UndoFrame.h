@@ -24,20 +24,34 @@ struct UndoEntry
 class AFX_EXT_CLASS CUndoFrame
 {
 public:
-    CUndoFrame() {}
+    CUndoFrame() : m_nCount(0) {}
     virtual ~CUndoFrame();
     CUndoFrame(const CUndoFrame&) = default;
     CUndoFrame& operator=(const CUndoFrame&) = default;
+    CUndoFrame(CUndoFrame&& other) noexcept;
+    CUndoFrame& operator=(CUndoFrame&& other) noexcept;
 
-    void AddEntry(const UndoEntry& e) { m_entries.push(e); }
+    void AddEntry(const UndoEntry& e);
     // Copies out and removes the last entry added; false when empty.
     bool PopEntry(UndoEntry& e);
     void Clear();
-    bool IsEmpty() const { return m_entries.empty(); }
-    size_t GetCount() const { return m_entries.size(); }
+    bool IsEmpty() const { return m_nCount == 0; }
+    size_t GetCount() const { return m_nCount; }
     // The last entry added (the frame must not be empty).
-    const UndoEntry& Top() const { return m_entries.top(); }
+    UndoEntry Top() const;
 
 private:
-    std::stack<UndoEntry, std::deque<UndoEntry>> m_entries;
+    // Entries are kept last-in-first-out, but a run of entries that only
+    // counts lines up is held as one record: loading a text records an
+    // insert for every line (line k, caret (x, k), the same anchor, no
+    // text), and a frame of a million such entries then costs a few bytes.
+    struct Run
+    {
+        UndoEntry first; // the run's first entry
+        size_t count;    // entries in the run: first, then one line further each
+    };
+    static bool Continues(const Run& run, const UndoEntry& e);
+
+    std::deque<Run> m_runs;
+    size_t m_nCount;
 };

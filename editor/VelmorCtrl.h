@@ -228,6 +228,8 @@ public:
 private:
     void InitMembers(COLORREF crBackground);
     void ApplyScrollSizes();
+    void ExpandLine(const wchar_t* p, int n, CString& buffer);
+    int TextLength() const;
     int CaretOffset(CDC* pDC) const;
     void SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos);
 

@@ -1,6 +1,7 @@
 // Text in and out, and the four primitives every edit goes through.
 #include "VelmorCtrl.h"
 #include <algorithm>
+#include <cwchar>
 
 namespace {
 
@@ -17,40 +18,68 @@ thread_local const CVelmor* t_pLoading = nullptr;
 
 } // namespace
 
+// Copies n characters of a line into buffer, tabs expanded to the next tab
+// stop (the spaces MakeTab gives at that column).
+void CVelmor::ExpandLine(const wchar_t* p, int n, CString& buffer)
+{
+    const wchar_t* tab = n > 0 ? std::wmemchr(p, L'\t', (size_t)n) : nullptr;
+    if (!tab) {
+        buffer.SetString(p, n);
+        return;
+    }
+    const int size = m_nTabSize > 0 ? m_nTabSize : 1;
+    buffer.SetString(p, (int)(tab - p));
+    for (int i = (int)(tab - p); i < n; ++i) {
+        if (p[i] == L'\t') {
+            for (int k = size - buffer.GetLength() % size; k > 0; --k)
+                buffer.AppendChar(L' ');
+        } else {
+            buffer.AppendChar(p[i]);
+        }
+    }
+}
+
 void CVelmor::LoadText(const wchar_t* pszText)
 {
-    Reset();
+    // Reset and the load are one change: the scroll bars are set once, for
+    // the loaded text, when it ends.
+    m_bInAction = true;
+    try {
+        Reset();
+    } catch (...) {
+        m_bInAction = false;
+        throw;
+    }
     if (!pszText)
         pszText = L"";
 
     t_pLoading = this;
     try {
+        // Both line tables get their final size at once.
+        const size_t nChars = std::wcslen(pszText);
+        size_t nFeeds = 0;
+        for (const wchar_t* q = pszText; (q = std::wmemchr(q, L'\n', nChars - (size_t)(q - pszText))) != nullptr; ++q)
+            ++nFeeds;
+        m_Text.Reserve((int)std::min<size_t>(nFeeds + 2, 0x7FFFFFFF));
+
         CString buffer;
-        int column = 0;
-        bool sawLineFeed = false;
-        for (const wchar_t* p = pszText; *p; ++p) {
-            if (*p == L'\n') {
-                InsertTextLine(buffer, m_ptCursor.y, false, false);
-                buffer.Empty();
-                column = 0;
-                _SetCursorPos(0, m_ptCursor.y + 1);
-                sawLineFeed = true;
-            } else if (*p == L'\t') {
-                CString tab = MakeTab(column);
-                buffer += tab;
-                column += tab.GetLength();
-            } else {
-                // Carriage returns stay in the line, as any other character.
-                buffer += *p;
-                ++column;
-            }
+        const wchar_t* p = pszText;
+        const wchar_t* end = pszText + nChars;
+        for (const wchar_t* nl; (nl = std::wmemchr(p, L'\n', (size_t)(end - p))) != nullptr; p = nl + 1) {
+            // Carriage returns stay in the line, as any other character.
+            ExpandLine(p, (int)(nl - p), buffer);
+            InsertTextLine(buffer, m_ptCursor.y, false, false);
+            _SetCursorPos(0, m_ptCursor.y + 1);
         }
         // Text after the last line feed is dropped: a loaded text is expected
         // to end with one, as UnloadText writes it.
-        if (!sawLineFeed)
+        if (nFeeds == 0) {
+            ExpandLine(pszText, (int)nChars, buffer);
             InsertTextLine(buffer, m_ptCursor.y, false, false);
+        }
     } catch (...) {
         t_pLoading = nullptr;
+        m_bInAction = false;
         throw;
     }
     t_pLoading = nullptr;
@@ -69,6 +98,7 @@ void CVelmor::UnloadText(CString& strText) const
 {
     strText.Empty();
     const int n = (int)m_Text._GetSize();
+    strText.Preallocate(TextLength());
     for (int i = 0; i < n; ++i) {
         strText += m_Text.LineRef(i);
         if (n > 1)
@@ -80,6 +110,7 @@ void CVelmor::GetSourceCodes(CString& strText) const
 {
     strText.Empty();
     const int n = (int)m_Text._GetSize();
+    strText.Preallocate(TextLength());
     CString line;
     for (int i = 0; i < n; ++i) {
         line = m_Text.LineRef(i);
@@ -94,6 +125,17 @@ void CVelmor::GetSourceCodes(CString& strText) const
         if (n > 1)
             strText += L'\n';
     }
+}
+
+// The length of the text UnloadText gives: every line, and a line feed
+// after each when there are two or more. Clamped to what a CString holds.
+int CVelmor::TextLength() const
+{
+    const int n = (int)m_Text._GetSize();
+    long long total = n > 1 ? n : 0;
+    for (int i = 0; i < n; ++i)
+        total += m_Text.LineRef(i).GetLength();
+    return (int)std::min<long long>(total, 0x7FFFFFF0LL);
 }
 
 int CVelmor::GetLineCount()

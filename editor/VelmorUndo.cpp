@@ -1,23 +1,6 @@
 // Recording of undo frames.
 #include "VelmorCtrl.h"
 
-CUndoFrame::~CUndoFrame() {}
-
-bool CUndoFrame::PopEntry(UndoEntry& e)
-{
-    if (m_entries.empty())
-        return false;
-    e = m_entries.top();
-    m_entries.pop();
-    return true;
-}
-
-void CUndoFrame::Clear()
-{
-    while (!m_entries.empty())
-        m_entries.pop();
-}
-
 void CVelmor::StartAction()
 {
     StartUndoFrame();

@@ -1,5 +1,8 @@
 #include "afxstr.h"
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
 #include <cwchar>
 #include <cwctype>
 #include <vector>
@@ -9,92 +12,244 @@ int Clamp(int v, int lo, int hi) { return v < lo ? lo : (v > hi ? hi : v); }
 bool IsIn(wchar_t ch, const wchar_t* set) { return set && wcschr(set, ch) != nullptr && ch != 0; }
 }
 
-CString::CString(const wchar_t* pch, int nLength)
+// --- storage -------------------------------------------------------------------
+
+void CString::Free() noexcept
 {
-    if (pch && nLength > 0)
-        m_str.assign(pch, (size_t)nLength);
+    if (m_pch) {
+        std::free(Head());
+        m_pch = nullptr;
+    }
+}
+
+void CString::Reserve(int nLength)
+{
+    if (nLength < 0)
+        AfxThrowInvalidArgException();
+    if (nLength <= Capacity())
+        return;
+    const size_t bytes = sizeof(Header) + ((size_t)nLength + 1) * sizeof(wchar_t);
+    Header* h = static_cast<Header*>(m_pch ? std::realloc(Head(), bytes) : std::malloc(bytes));
+    if (!h)
+        throw std::bad_alloc();
+    if (!m_pch) {
+        h->nLength = 0;
+        reinterpret_cast<wchar_t*>(h + 1)[0] = 0;
+    }
+    h->nAlloc = nLength;
+    m_pch = reinterpret_cast<wchar_t*>(h + 1);
+}
+
+void CString::Splice(int iIndex, int nCount, const wchar_t* pch, int nNew)
+{
+    const int len = GetLength();
+    if (nNew < 0 || nCount < 0 || iIndex < 0 || iIndex + nCount > len)
+        AfxThrowInvalidArgException();
+    // The source may live inside this string, where moving the tail or
+    // growing the block would change it: work from a copy then.
+    if (pch && nNew > 0 && m_pch && pch >= m_pch && pch <= m_pch + Capacity()) {
+        const CString copy(pch, nNew);
+        Splice(iIndex, nCount, copy.m_pch, nNew);
+        return;
+    }
+    if ((long long)len - nCount + nNew > 0x7FFFFFF0LL)
+        throw std::bad_alloc();
+    const int newLen = len - nCount + nNew;
+    if (newLen == 0) {
+        if (m_pch)
+            SetLength(0);
+        return;
+    }
+    if (newLen > Capacity()) {
+        // Text that is growing in steps (appends) grows by half again, so
+        // building a string character by character stays linear; anything
+        // else gets exactly its size.
+        const int cap = Capacity();
+        int want = newLen;
+        if (cap > 0 && newLen <= cap + cap / 2 + 8)
+            want = (int)std::min<long long>(0x7FFFFFF0LL, (long long)cap + cap / 2 + 8);
+        Reserve(want);
+    }
+    wchar_t* p = m_pch;
+    if (nNew != nCount)
+        std::memmove(p + iIndex + nNew, p + iIndex + nCount, (size_t)(len - iIndex - nCount) * sizeof(wchar_t));
+    if (nNew > 0 && pch)
+        std::memmove(p + iIndex, pch, (size_t)nNew * sizeof(wchar_t));
+    SetLength(newLen);
+}
+
+// --- construction and assignment -------------------------------------------------
+
+CString::CString(const wchar_t* psz) : m_pch(nullptr)
+{
+    if (psz)
+        SetString(psz, (int)std::wcslen(psz));
+}
+
+CString::CString(wchar_t ch, int nRepeat) : m_pch(nullptr)
+{
+    if (nRepeat > 0) {
+        Reserve(nRepeat);
+        std::wmemset(m_pch, ch, (size_t)nRepeat);
+        SetLength(nRepeat);
+    }
+}
+
+CString& CString::operator=(const wchar_t* psz)
+{
+    SetString(psz, psz ? (int)std::wcslen(psz) : 0);
+    return *this;
+}
+
+CString& CString::operator+=(const wchar_t* psz)
+{
+    if (psz)
+        Append(psz, (int)std::wcslen(psz));
+    return *this;
 }
 
 void CString::SetString(const wchar_t* pch, int nLength)
 {
-    if (pch && nLength > 0)
-        m_str.assign(pch, (size_t)nLength);
-    else
-        m_str.clear();
+    if (!pch || nLength <= 0) {
+        Empty();
+        return;
+    }
+    if (m_pch && pch >= m_pch && pch <= m_pch + GetLength()) {
+        // A part of this very string.
+        std::memmove(m_pch, pch, (size_t)nLength * sizeof(wchar_t));
+        SetLength(nLength);
+        return;
+    }
+    Reserve(nLength);
+    std::memcpy(m_pch, pch, (size_t)nLength * sizeof(wchar_t));
+    SetLength(nLength);
 }
+
+void CString::Append(const wchar_t* pch, int nLength)
+{
+    if (pch && nLength > 0)
+        Splice(GetLength(), 0, pch, nLength);
+}
+
+void CString::AppendChar(wchar_t ch)
+{
+    const int len = GetLength();
+    if (len < Capacity()) {
+        m_pch[len] = ch;
+        SetLength(len + 1);
+    } else {
+        Splice(len, 0, &ch, 1);
+    }
+}
+
+// --- element and buffer access ------------------------------------------------
 
 wchar_t CString::GetAt(int i) const
 {
     if (i < 0 || i >= GetLength())
         AfxThrowInvalidArgException();
-    return m_str[(size_t)i];
+    return m_pch[i];
 }
 
 void CString::SetAt(int i, wchar_t ch)
 {
     if (i < 0 || i >= GetLength())
         AfxThrowInvalidArgException();
-    m_str[(size_t)i] = ch;
+    m_pch[i] = ch;
 }
 
 wchar_t* CString::GetBuffer(int nMinBufLength)
 {
-    if (nMinBufLength > GetLength())
-        m_str.reserve((size_t)nMinBufLength);
-    // Hand out room for nMinBufLength characters plus the terminator; the
+    // Hands out room for nMinBufLength characters plus the terminator; the
     // caller fixes the length with ReleaseBuffer.
-    size_t len = m_str.size();
-    m_str.resize(std::max(len, (size_t)std::max(nMinBufLength, 0)));
-    return &m_str[0];
+    const int len = GetLength();
+    const int want = std::max(nMinBufLength, len);
+    Reserve(std::max(want, 1));
+    if (want > len) {
+        std::wmemset(m_pch + len, 0, (size_t)(want - len));
+        SetLength(want);
+    }
+    return m_pch;
 }
 
 wchar_t* CString::GetBufferSetLength(int nNewLength)
 {
-    m_str.resize((size_t)std::max(nNewLength, 0));
-    return &m_str[0];
+    nNewLength = std::max(nNewLength, 0);
+    const int len = GetLength();
+    Reserve(std::max(nNewLength, 1));
+    if (nNewLength > len)
+        std::wmemset(m_pch + len, 0, (size_t)(nNewLength - len));
+    SetLength(nNewLength);
+    return m_pch;
 }
 
 void CString::ReleaseBuffer(int nNewLength)
 {
+    if (!m_pch)
+        return;
+    const int len = GetLength();
     if (nNewLength < 0)
-        nNewLength = (int)wcsnlen(m_str.c_str(), m_str.size());
-    m_str.resize((size_t)Clamp(nNewLength, 0, (int)m_str.size()));
+        nNewLength = (int)wcsnlen(m_pch, (size_t)len);
+    SetLength(Clamp(nNewLength, 0, len));
 }
+
+// --- searching ----------------------------------------------------------------
 
 int CString::Find(wchar_t ch, int iStart) const
 {
-    if (iStart < 0 || iStart >= GetLength())
+    const int len = GetLength();
+    if (iStart < 0 || iStart >= len)
         return -1;
-    size_t p = m_str.find(ch, (size_t)iStart);
-    return p == std::wstring::npos ? -1 : (int)p;
+    const wchar_t* p = std::wmemchr(m_pch + iStart, ch, (size_t)(len - iStart));
+    return p ? (int)(p - m_pch) : -1;
 }
 
 int CString::Find(const wchar_t* pszSub, int iStart) const
 {
-    if (!pszSub || iStart < 0 || iStart > GetLength())
+    const int len = GetLength();
+    if (!pszSub || iStart < 0 || iStart > len)
         return -1;
-    size_t p = m_str.find(pszSub, (size_t)iStart);
-    return p == std::wstring::npos ? -1 : (int)p;
+    const int n = (int)std::wcslen(pszSub);
+    if (n == 0)
+        return iStart;
+    const wchar_t* p = GetString();
+    for (int i = iStart; i + n <= len;) {
+        const wchar_t* hit = std::wmemchr(p + i, pszSub[0], (size_t)(len - n + 1 - i));
+        if (!hit)
+            return -1;
+        i = (int)(hit - p);
+        if (std::wmemcmp(hit + 1, pszSub + 1, (size_t)(n - 1)) == 0)
+            return i;
+        ++i;
+    }
+    return -1;
 }
 
 int CString::ReverseFind(wchar_t ch) const
 {
-    size_t p = m_str.rfind(ch);
-    return p == std::wstring::npos ? -1 : (int)p;
+    for (int i = GetLength() - 1; i >= 0; --i)
+        if (m_pch[i] == ch)
+            return i;
+    return -1;
 }
 
 int CString::FindOneOf(const wchar_t* pszCharSet) const
 {
     if (!pszCharSet)
         return -1;
-    size_t p = m_str.find_first_of(pszCharSet);
-    return p == std::wstring::npos ? -1 : (int)p;
+    const int len = GetLength();
+    for (int i = 0; i < len; ++i)
+        if (IsIn(m_pch[i], pszCharSet))
+            return i;
+    return -1;
 }
+
+// --- extraction -----------------------------------------------------------------
 
 CString CString::Left(int nCount) const
 {
     nCount = Clamp(nCount, 0, GetLength());
-    return CString(m_str.data(), nCount);
+    return CString(m_pch, nCount);
 }
 
 CString CString::Mid(int iFirst) const { return Mid(iFirst, GetLength()); }
@@ -103,19 +258,19 @@ CString CString::Mid(int iFirst, int nCount) const
 {
     iFirst = Clamp(iFirst, 0, GetLength());
     nCount = Clamp(nCount, 0, GetLength() - iFirst);
-    return CString(m_str.data() + iFirst, nCount);
+    return CString(GetString() + iFirst, nCount);
 }
 
 CString CString::Right(int nCount) const
 {
     nCount = Clamp(nCount, 0, GetLength());
-    return CString(m_str.data() + GetLength() - nCount, nCount);
+    return CString(GetString() + GetLength() - nCount, nCount);
 }
 
 CString CString::SpanIncluding(const wchar_t* pszCharSet) const
 {
     int n = 0;
-    while (n < GetLength() && IsIn(m_str[(size_t)n], pszCharSet))
+    while (n < GetLength() && IsIn(m_pch[n], pszCharSet))
         ++n;
     return Left(n);
 }
@@ -123,15 +278,17 @@ CString CString::SpanIncluding(const wchar_t* pszCharSet) const
 CString CString::SpanExcluding(const wchar_t* pszCharSet) const
 {
     int n = 0;
-    while (n < GetLength() && !IsIn(m_str[(size_t)n], pszCharSet))
+    while (n < GetLength() && !IsIn(m_pch[n], pszCharSet))
         ++n;
     return Left(n);
 }
 
+// --- modification ---------------------------------------------------------------
+
 int CString::Insert(int iIndex, wchar_t ch)
 {
     iIndex = Clamp(iIndex, 0, GetLength());
-    m_str.insert((size_t)iIndex, 1, ch);
+    Splice(iIndex, 0, &ch, 1);
     return GetLength();
 }
 
@@ -139,7 +296,7 @@ int CString::Insert(int iIndex, const wchar_t* psz)
 {
     iIndex = Clamp(iIndex, 0, GetLength());
     if (psz)
-        m_str.insert((size_t)iIndex, psz);
+        Splice(iIndex, 0, psz, (int)std::wcslen(psz));
     return GetLength();
 }
 
@@ -147,15 +304,19 @@ int CString::Delete(int iIndex, int nCount)
 {
     iIndex = std::max(iIndex, 0);
     if (nCount > 0 && iIndex < GetLength())
-        m_str.erase((size_t)iIndex, (size_t)std::min(nCount, GetLength() - iIndex));
+        Splice(iIndex, std::min(nCount, GetLength() - iIndex), nullptr, 0);
     return GetLength();
 }
 
 int CString::Replace(wchar_t chOld, wchar_t chNew)
 {
     int n = 0;
-    for (auto& c : m_str)
-        if (c == chOld) { c = chNew; ++n; }
+    const int len = GetLength();
+    for (int i = 0; i < len; ++i)
+        if (m_pch[i] == chOld) {
+            m_pch[i] = chNew;
+            ++n;
+        }
     return n;
 }
 
@@ -163,10 +324,10 @@ int CString::Replace(const wchar_t* pszOld, const wchar_t* pszNew)
 {
     if (!pszOld || !*pszOld)
         return 0;
-    std::wstring from(pszOld), to(pszNew ? pszNew : L"");
+    const CString from(pszOld), to(pszNew);
     int n = 0;
-    for (size_t p = m_str.find(from); p != std::wstring::npos; p = m_str.find(from, p + to.size())) {
-        m_str.replace(p, from.size(), to);
+    for (int p = Find(from); p >= 0; p = Find(from, p + to.GetLength())) {
+        Splice(p, from.GetLength(), to.m_pch, to.GetLength());
         ++n;
     }
     return n;
@@ -174,28 +335,34 @@ int CString::Replace(const wchar_t* pszOld, const wchar_t* pszNew)
 
 int CString::Remove(wchar_t ch)
 {
-    size_t before = m_str.size();
-    m_str.erase(std::remove(m_str.begin(), m_str.end(), ch), m_str.end());
-    return (int)(before - m_str.size());
+    const int len = GetLength();
+    int out = 0;
+    for (int i = 0; i < len; ++i)
+        if (m_pch[i] != ch)
+            m_pch[out++] = m_pch[i];
+    if (m_pch)
+        SetLength(out);
+    return len - out;
 }
 
 CString& CString::MakeUpper()
 {
-    for (auto& c : m_str)
-        c = (wchar_t)towupper((wint_t)c);
+    for (int i = 0; i < GetLength(); ++i)
+        m_pch[i] = (wchar_t)towupper((wint_t)m_pch[i]);
     return *this;
 }
 
 CString& CString::MakeLower()
 {
-    for (auto& c : m_str)
-        c = (wchar_t)towlower((wint_t)c);
+    for (int i = 0; i < GetLength(); ++i)
+        m_pch[i] = (wchar_t)towlower((wint_t)m_pch[i]);
     return *this;
 }
 
 CString& CString::MakeReverse()
 {
-    std::reverse(m_str.begin(), m_str.end());
+    if (m_pch)
+        std::reverse(m_pch, m_pch + GetLength());
     return *this;
 }
 
@@ -203,33 +370,39 @@ CString& CString::Trim() { return TrimRight().TrimLeft(); }
 
 CString& CString::TrimLeft()
 {
-    size_t n = 0;
-    while (n < m_str.size() && iswspace((wint_t)m_str[n]))
+    int n = 0;
+    while (n < GetLength() && iswspace((wint_t)m_pch[n]))
         ++n;
-    m_str.erase(0, n);
+    Delete(0, n);
     return *this;
 }
 
 CString& CString::TrimRight()
 {
-    while (!m_str.empty() && iswspace((wint_t)m_str.back()))
-        m_str.pop_back();
+    int len = GetLength();
+    while (len > 0 && iswspace((wint_t)m_pch[len - 1]))
+        --len;
+    if (m_pch)
+        SetLength(len);
     return *this;
 }
 
 CString& CString::TrimLeft(wchar_t ch)
 {
-    size_t n = 0;
-    while (n < m_str.size() && m_str[n] == ch)
+    int n = 0;
+    while (n < GetLength() && m_pch[n] == ch)
         ++n;
-    m_str.erase(0, n);
+    Delete(0, n);
     return *this;
 }
 
 CString& CString::TrimRight(wchar_t ch)
 {
-    while (!m_str.empty() && m_str.back() == ch)
-        m_str.pop_back();
+    int len = GetLength();
+    while (len > 0 && m_pch[len - 1] == ch)
+        --len;
+    if (m_pch)
+        SetLength(len);
     return *this;
 }
 
@@ -246,7 +419,7 @@ void CString::FormatV(const wchar_t* pszFormat, va_list args)
         int n = vswprintf(buf.data(), buf.size(), pszFormat, copy);
         va_end(copy);
         if (n >= 0 && (size_t)n < buf.size()) {
-            m_str.assign(buf.data(), (size_t)n);
+            SetString(buf.data(), n);
             return;
         }
         if (buf.size() >= (1u << 24))
@@ -275,12 +448,22 @@ void CString::AppendFormat(const wchar_t* pszFormat, ...)
 
 int CString::Compare(const wchar_t* psz) const
 {
-    return m_str.compare(psz ? psz : L"");
+    // Both strings up to the shorter length, then the shorter one first.
+    const wchar_t* b = psz ? psz : L"";
+    const int na = GetLength();
+    const wchar_t* a = GetString();
+    int i = 0;
+    for (; i < na && b[i]; ++i)
+        if (a[i] != b[i])
+            return a[i] < b[i] ? -1 : 1;
+    if (i < na)
+        return 1;
+    return b[i] ? -1 : 0;
 }
 
 int CString::CompareNoCase(const wchar_t* psz) const
 {
-    const wchar_t* a = m_str.c_str();
+    const wchar_t* a = GetString();
     const wchar_t* b = psz ? psz : L"";
     for (;; ++a, ++b) {
         wint_t ca = towlower((wint_t)*a), cb = towlower((wint_t)*b);

@@ -5,28 +5,41 @@
 // exception.
 #pragma once
 #include "afxtempl.h"
-#include <string>
 #include <cstdarg>
 
 class AFX_EXT_CLASS CString
 {
 public:
-    CString() {}
-    CString(const CString& s) = default;
-    CString(CString&& s) noexcept = default;
-    CString(const wchar_t* psz) { if (psz) m_str = psz; }
-    CString(const wchar_t* pch, int nLength);
-    CString(wchar_t ch, int nRepeat = 1) { if (nRepeat > 0) m_str.assign((size_t)nRepeat, ch); }
-    CString& operator=(const CString& s) = default;
-    CString& operator=(CString&& s) noexcept = default;
-    CString& operator=(const wchar_t* psz) { if (psz) m_str = psz; else m_str.clear(); return *this; }
-    CString& operator=(wchar_t ch) { m_str.assign(1, ch); return *this; }
+    CString() noexcept : m_pch(nullptr) {}
+    CString(const CString& s) : m_pch(nullptr) { SetString(s.m_pch, s.GetLength()); }
+    CString(CString&& s) noexcept : m_pch(s.m_pch) { s.m_pch = nullptr; }
+    CString(const wchar_t* psz);
+    CString(const wchar_t* pch, int nLength) : m_pch(nullptr) { SetString(pch, nLength); }
+    CString(wchar_t ch, int nRepeat = 1);
+    ~CString() { Free(); }
+    CString& operator=(const CString& s)
+    {
+        if (this != &s)
+            SetString(s.m_pch, s.GetLength());
+        return *this;
+    }
+    CString& operator=(CString&& s) noexcept
+    {
+        if (this != &s) {
+            Free();
+            m_pch = s.m_pch;
+            s.m_pch = nullptr;
+        }
+        return *this;
+    }
+    CString& operator=(const wchar_t* psz);
+    CString& operator=(wchar_t ch) { SetString(&ch, 1); return *this; }
 
-    int GetLength() const { return (int)m_str.size(); }
-    bool IsEmpty() const { return m_str.empty(); }
-    void Empty() { m_str.clear(); }
-    const wchar_t* GetString() const { return m_str.c_str(); }
-    operator const wchar_t*() const { return m_str.c_str(); }
+    int GetLength() const noexcept { return m_pch ? Head()->nLength : 0; }
+    bool IsEmpty() const noexcept { return GetLength() == 0; }
+    void Empty() { if (m_pch) SetLength(0); }
+    const wchar_t* GetString() const noexcept { return m_pch ? m_pch : L""; }
+    operator const wchar_t*() const noexcept { return GetString(); }
     // Replaces the contents with nLength characters from pch, reusing storage.
     void SetString(const wchar_t* pch, int nLength);
 
@@ -38,7 +51,7 @@ public:
     wchar_t* GetBuffer(int nMinBufLength = 0);
     wchar_t* GetBufferSetLength(int nNewLength);
     void ReleaseBuffer(int nNewLength = -1);
-    void Preallocate(int nLength) { if (nLength > 0) m_str.reserve((size_t)nLength); }
+    void Preallocate(int nLength) { if (nLength > 0) Reserve(nLength); }
 
     int Find(wchar_t ch, int iStart = 0) const;
     int Find(const wchar_t* pszSub, int iStart = 0) const;
@@ -73,16 +86,16 @@ public:
     void Format(const wchar_t* pszFormat, ...);
     void AppendFormat(const wchar_t* pszFormat, ...);
     void FormatV(const wchar_t* pszFormat, va_list args);
-    void Append(const wchar_t* pch, int nLength) { if (pch && nLength > 0) m_str.append(pch, (size_t)nLength); }
-    void AppendChar(wchar_t ch) { m_str.push_back(ch); }
+    void Append(const wchar_t* pch, int nLength);
+    void AppendChar(wchar_t ch);
 
     // Ordinal comparison by code unit.
     int Compare(const wchar_t* psz) const;
     int CompareNoCase(const wchar_t* psz) const;
 
-    CString& operator+=(const CString& s) { m_str += s.m_str; return *this; }
-    CString& operator+=(const wchar_t* psz) { if (psz) m_str += psz; return *this; }
-    CString& operator+=(wchar_t ch) { m_str.push_back(ch); return *this; }
+    CString& operator+=(const CString& s) { Append(s.m_pch, s.GetLength()); return *this; }
+    CString& operator+=(const wchar_t* psz);
+    CString& operator+=(wchar_t ch) { AppendChar(ch); return *this; }
 
     friend CString operator+(const CString& a, const CString& b) { CString r(a); r += b; return r; }
     friend CString operator+(const CString& a, const wchar_t* b) { CString r(a); r += b; return r; }
@@ -90,19 +103,56 @@ public:
     friend CString operator+(const CString& a, wchar_t b) { CString r(a); r += b; return r; }
     friend CString operator+(wchar_t a, const CString& b) { CString r(a); r += b; return r; }
 
-    friend bool operator==(const CString& a, const CString& b) { return a.m_str == b.m_str; }
-    friend bool operator!=(const CString& a, const CString& b) { return a.m_str != b.m_str; }
-    friend bool operator<(const CString& a, const CString& b) { return a.m_str < b.m_str; }
-    friend bool operator>(const CString& a, const CString& b) { return a.m_str > b.m_str; }
-    friend bool operator<=(const CString& a, const CString& b) { return a.m_str <= b.m_str; }
-    friend bool operator>=(const CString& a, const CString& b) { return a.m_str >= b.m_str; }
+    friend bool operator==(const CString& a, const CString& b) noexcept { return Order(a, b) == 0; }
+    friend bool operator!=(const CString& a, const CString& b) noexcept { return Order(a, b) != 0; }
+    friend bool operator<(const CString& a, const CString& b) noexcept { return Order(a, b) < 0; }
+    friend bool operator>(const CString& a, const CString& b) noexcept { return Order(a, b) > 0; }
+    friend bool operator<=(const CString& a, const CString& b) noexcept { return Order(a, b) <= 0; }
+    friend bool operator>=(const CString& a, const CString& b) noexcept { return Order(a, b) >= 0; }
     friend bool operator==(const CString& a, const wchar_t* b) { return a.Compare(b) == 0; }
     friend bool operator!=(const CString& a, const wchar_t* b) { return a.Compare(b) != 0; }
     friend bool operator==(const wchar_t* a, const CString& b) { return b.Compare(a) == 0; }
     friend bool operator!=(const wchar_t* a, const CString& b) { return b.Compare(a) != 0; }
 
 private:
-    std::wstring m_str;
+    // The characters live in one heap block behind a small header, and the
+    // object itself is a single pointer (null for the empty string): a
+    // document holds one CString per line, so every byte of the object and
+    // of the block's overhead counts once per line. The characters are
+    // followed by a terminating zero.
+    struct Header
+    {
+        int nLength; // characters in use
+        int nAlloc;  // characters the block has room for, the terminator not counted
+    };
+    Header* Head() const noexcept { return reinterpret_cast<Header*>(m_pch) - 1; }
+    int Capacity() const noexcept { return m_pch ? Head()->nAlloc : 0; }
+    // Room for at least nLength characters, keeping the contents.
+    void Reserve(int nLength);
+    void SetLength(int nLength) noexcept
+    {
+        Head()->nLength = nLength;
+        m_pch[nLength] = 0;
+    }
+    // Replaces nCount characters at iIndex by nNew characters from pch (pch
+    // may point into this string).
+    void Splice(int iIndex, int nCount, const wchar_t* pch, int nNew);
+    void Free() noexcept;
+
+    // Lexicographic order by code unit, then by length.
+    static int Order(const CString& a, const CString& b) noexcept
+    {
+        const int na = a.GetLength(), nb = b.GetLength();
+        const int n = na < nb ? na : nb;
+        const wchar_t* pa = a.m_pch;
+        const wchar_t* pb = b.m_pch;
+        for (int i = 0; i < n; ++i)
+            if (pa[i] != pb[i])
+                return pa[i] < pb[i] ? -1 : 1;
+        return na < nb ? -1 : (na > nb ? 1 : 0);
+    }
+
+    wchar_t* m_pch;
 };
 
 class CStringArray : public CArray<CString, const CString&>
