@@ -229,6 +229,7 @@ private:
     void InitMembers(COLORREF crBackground);
     void ApplyScrollSizes();
     void ExpandLine(const wchar_t* p, int n, CString& buffer);
+    void InsertLoadedLine(const wchar_t* p, int n);
     int TextLength() const;
     int CaretOffset(CDC* pDC) const;
     void SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos);

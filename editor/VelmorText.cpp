@@ -22,7 +22,7 @@ thread_local const CVelmor* t_pLoading = nullptr;
 // stop (the spaces MakeTab gives at that column).
 void CVelmor::ExpandLine(const wchar_t* p, int n, CString& buffer)
 {
-    const wchar_t* tab = n > 0 ? std::wmemchr(p, L'\t', (size_t)n) : nullptr;
+    const wchar_t* tab = n > 0 ? AfxFindChar(p, (size_t)n, L'\t') : nullptr;
     if (!tab) {
         buffer.SetString(p, n);
         return;
@@ -37,6 +37,19 @@ void CVelmor::ExpandLine(const wchar_t* p, int n, CString& buffer)
             buffer.AppendChar(p[i]);
         }
     }
+}
+
+// What InsertTextLine(line, caret line, false, false) does for a line being
+// loaded, with the line built in place and moved into the store rather
+// than copied: the caret line is where the next loaded line goes.
+void CVelmor::InsertLoadedLine(const wchar_t* p, int n)
+{
+    CString line;
+    ExpandLine(p, n, line);
+    const int nLine = std::min((int)m_ptCursor.y, (int)m_Text._GetSize());
+    m_CurFrame.AddEntry(UndoEntry{ CString(), LineInserted, nLine, m_ptCursor, m_ptAnchor });
+    m_Text._InsertLine(std::move(line), nLine, 0);
+    _SetCursorPos(0, m_ptCursor.y + 1);
 }
 
 void CVelmor::LoadText(const wchar_t* pszText)
@@ -56,27 +69,20 @@ void CVelmor::LoadText(const wchar_t* pszText)
     t_pLoading = this;
     try {
         // Both line tables get their final size at once.
-        const size_t nChars = std::wcslen(pszText);
         size_t nFeeds = 0;
-        for (const wchar_t* q = pszText; (q = std::wmemchr(q, L'\n', nChars - (size_t)(q - pszText))) != nullptr; ++q)
-            ++nFeeds;
+        const size_t nChars = AfxCountLineFeeds(pszText, &nFeeds);
         m_Text.Reserve((int)std::min<size_t>(nFeeds + 2, 0x7FFFFFFF));
 
-        CString buffer;
         const wchar_t* p = pszText;
         const wchar_t* end = pszText + nChars;
-        for (const wchar_t* nl; (nl = std::wmemchr(p, L'\n', (size_t)(end - p))) != nullptr; p = nl + 1) {
+        for (const wchar_t* nl; (nl = AfxFindChar(p, (size_t)(end - p), L'\n')) != nullptr; p = nl + 1) {
             // Carriage returns stay in the line, as any other character.
-            ExpandLine(p, (int)(nl - p), buffer);
-            InsertTextLine(buffer, m_ptCursor.y, false, false);
-            _SetCursorPos(0, m_ptCursor.y + 1);
+            InsertLoadedLine(p, (int)(nl - p));
         }
         // Text after the last line feed is dropped: a loaded text is expected
         // to end with one, as UnloadText writes it.
-        if (nFeeds == 0) {
-            ExpandLine(pszText, (int)nChars, buffer);
-            InsertTextLine(buffer, m_ptCursor.y, false, false);
-        }
+        if (nFeeds == 0)
+            InsertLoadedLine(pszText, (int)nChars);
     } catch (...) {
         t_pLoading = nullptr;
         m_bInAction = false;

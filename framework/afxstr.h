@@ -6,6 +6,7 @@
 #pragma once
 #include "afxtempl.h"
 #include <cstdarg>
+#include <cstddef>
 
 class AFX_EXT_CLASS CString
 {
@@ -138,6 +139,7 @@ private:
     // may point into this string).
     void Splice(int iIndex, int nCount, const wchar_t* pch, int nNew);
     void Free() noexcept;
+    static size_t BlockBytes(int nAlloc) noexcept;
 
     // Lexicographic order by code unit, then by length.
     static int Order(const CString& a, const CString& b) noexcept
@@ -154,6 +156,14 @@ private:
 
     wchar_t* m_pch;
 };
+
+// Scans over wide-character text, several characters at a time (the C
+// runtime's own scans test one character per step).
+// The first of n characters at p equal to ch, or null.
+const wchar_t* AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept;
+// The length of the zero-terminated text at p; *pnLineFeeds receives the
+// number of line feeds (U+000A) in it.
+size_t AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept;
 
 class CStringArray : public CArray<CString, const CString&>
 {

@@ -70,6 +70,16 @@ public:
             m_data.resize((size_t)i);
         m_data.insert(m_data.begin() + i, (size_t)nCount, v);
     }
+    // Inserts one element, taking it over instead of copying it (not one of
+    // the framework's own members).
+    void InsertAtMove(int i, TYPE&& v)
+    {
+        if (i < 0)
+            AfxThrowInvalidArgException();
+        if ((size_t)i > m_data.size())
+            m_data.resize((size_t)i);
+        m_data.insert(m_data.begin() + i, std::move(v));
+    }
     void RemoveAt(int i, int nCount = 1)
     {
         if (i < 0 || nCount < 0 || (size_t)i + (size_t)nCount > m_data.size())

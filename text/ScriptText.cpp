@@ -68,25 +68,31 @@ void CScriptText::ColorLine(int nLine)
 
 void CScriptText::_InsertLine(const CString& text, int nLine, int bColor)
 {
+    _InsertLine(CString(text), nLine, bColor);
+}
+
+void CScriptText::_InsertLine(CString&& text, int nLine, int bColor)
+{
     if (nLine < 0)
         AfxThrowInvalidArgException();
     // Undo may re-insert a removed line at an index beyond the current end
     // while the lines before it are still missing: append it then.
     if (nLine > m_arrLines.GetSize())
         nLine = m_arrLines.GetSize();
-    m_arrLines.InsertAt(nLine, text);
-    CountLength(text.GetLength(), 1);
+    const int nLength = text.GetLength();
+    m_arrLines.InsertAtMove(nLine, std::move(text));
+    CountLength(nLength, 1);
     try {
         std::vector<unsigned long> colors;
         if (bColor) {
             FindMaxLineLen();
-            m_pColorizer->SetLineColors(text, colors);
+            m_pColorizer->SetLineColors(m_arrLines.GetAt(nLine), colors);
         }
         m_LineColors.insert(m_LineColors.begin() + nLine, std::move(colors));
     } catch (...) {
         // Out of memory: keep one colour vector per line.
         m_arrLines.RemoveAt(nLine);
-        CountLength(text.GetLength(), -1);
+        CountLength(nLength, -1);
         throw;
     }
 }

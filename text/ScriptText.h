@@ -25,6 +25,8 @@ public:
     // Inserts text as line nLine; bColor colours it at once (otherwise it
     // stays uncoloured until FullUpdate). An index past the end appends.
     void _InsertLine(const CString& text, int nLine, int bColor);
+    // The same, taking the text over instead of copying it.
+    void _InsertLine(CString&& text, int nLine, int bColor);
     // Replaces line nLine; returns 1 when the whole text was recoloured.
     int _SetLine(const CString& text, int nLine);
     void _RemoveLine(int nLine);
