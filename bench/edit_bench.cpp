@@ -17,6 +17,7 @@
 //
 // Lines beginning with "RESULT" are read by scripts/run-bench.
 #include "BenchUtil.h"
+#include "HostileInputs.h"
 #include "WinBench.h"
 
 #include <algorithm>
@@ -153,54 +154,6 @@ void OneLineLoad(HWND host, const std::wstring& script)
 }
 
 // --- hostile inputs ------------------------------------------------------------
-
-struct Hostile
-{
-    const char* name;
-    std::wstring text;     // as loaded
-    std::wstring expected; // as UnloadText must give it back
-};
-
-std::vector<Hostile> HostileInputs()
-{
-    std::vector<Hostile> v;
-    {
-        std::wstring s(10u << 20, L'a');
-        for (size_t i = 0; i < s.size(); i += 7)
-            s[i] = L' ';
-        s += L'\n';
-        v.push_back({ "a 10 MiB line", s, s + L'\n' });
-    }
-    {
-        std::wstring s(1000000, L'\n');
-        v.push_back({ "10^6 empty lines", s, s + L'\n' });
-    }
-    {
-        // Tabs expand to spaces up to the next stop of 4.
-        std::wstring s, e;
-        for (int line = 0; line < 1024; ++line) {
-            std::wstring t(1023, L'\t'), x((size_t)1023 * 4, L' ');
-            s += t + L'\n';
-            e += x + L'\n';
-        }
-        v.push_back({ "1 MiB of tabs", s, e + L'\n' });
-    }
-    {
-        std::wstring s;
-        for (int i = 0; i < 20000; ++i) {
-            s += L"x = \xD800; y = \xDC00 \xDFFF\xD800z \xDBFF\n";
-            s += L"\xDC01\xD801\n";
-        }
-        v.push_back({ "lone surrogates", s, s + L'\n' });
-    }
-    {
-        std::wstring s;
-        for (int i = 0; i < 100000; ++i)
-            s += i % 2 ? L"b */ c\n" : L"a /* b\n";
-        v.push_back({ "100,000 alternating comment delimiters", s, s + L'\n' });
-    }
-    return v;
-}
 
 void HostileLoads(HWND host)
 {

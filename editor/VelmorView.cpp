@@ -132,11 +132,15 @@ void CVelmor::ApplyScrollSizes()
 // drawing at all until the screen is updated.
 void CVelmor::SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos)
 {
+    // The system keeps the page within the range and the position within
+    // what the page leaves of it; compare with what it would keep.
+    const UINT nKeptPage = std::min((UINT)std::max(nPage, 0), (UINT)(nMax + 1));
+    const int nKeptPos = std::max(0, std::min(nPos, nMax - std::max((int)nKeptPage - 1, 0)));
     SCROLLINFO cur = {};
     cur.cbSize = sizeof cur;
     cur.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
-    if (::GetScrollInfo(m_hWnd, nBar, &cur) && cur.nMin == 0 && cur.nMax == nMax && cur.nPage == (UINT)nPage &&
-        cur.nPos == nPos)
+    if (::GetScrollInfo(m_hWnd, nBar, &cur) && cur.nMin == 0 && cur.nMax == nMax && cur.nPage == nKeptPage &&
+        cur.nPos == nKeptPos)
         return;
     SCROLLINFO si = {};
     si.cbSize = sizeof si;

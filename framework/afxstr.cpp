@@ -45,7 +45,7 @@ inline int PopCount(uint64_t v) noexcept
 
 } // namespace
 
-const wchar_t* AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept
+const wchar_t* AFXAPI AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept
 {
     if constexpr (sizeof(wchar_t) == 2) {
         const uint64_t pattern = 0x0001000100010001ULL * (uint16_t)ch;
@@ -61,7 +61,7 @@ const wchar_t* AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept
     }
 }
 
-size_t AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept
+size_t AFXAPI AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept
 {
     const wchar_t* start = p;
     size_t feeds = 0;

@@ -160,10 +160,10 @@ private:
 // Scans over wide-character text, several characters at a time (the C
 // runtime's own scans test one character per step).
 // The first of n characters at p equal to ch, or null.
-const wchar_t* AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept;
+AFX_EXT_API const wchar_t* AFXAPI AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept;
 // The length of the zero-terminated text at p; *pnLineFeeds receives the
 // number of line feeds (U+000A) in it.
-size_t AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept;
+AFX_EXT_API size_t AFXAPI AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept;
 
 class CStringArray : public CArray<CString, const CString&>
 {
