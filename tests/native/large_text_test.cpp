@@ -149,14 +149,15 @@ TEST(LargeText, CStringMatchesAStandardString)
                 m[k].erase((size_t)at, (size_t)std::min(cnt, len - at));
             break;
         }
-        case 5: // a piece of itself, inserted into itself
-            if (len > 0) {
+        case 5: // its own tail inserted into itself, or itself appended to itself
+            if (len > 0 && rng() % 2) {
                 const int at = (int)(rng() % (unsigned)len);
-                const int n = (int)(rng() % (unsigned)(len - at + 1));
-                const std::wstring piece = m[k].substr((size_t)at, (size_t)n);
-                CString tmp(s[k].GetString() + at, n);
-                s[k].Insert(at, tmp.GetString());
+                const std::wstring piece = m[k].substr((size_t)at);
+                s[k].Insert(at, s[k].GetString() + at);
                 m[k].insert((size_t)at, piece);
+            } else if (len < 5000) {
+                s[k] += s[k];
+                m[k] += std::wstring(m[k]);
             }
             break;
         case 6: // a piece of itself, assigned to itself
@@ -239,6 +240,8 @@ TEST(LargeText, UndoFrameRunsGiveEntriesBackInOrder)
             case 1: e.kind = LineRemoved; break;
             case 2: e.anchor = CPoint(3, 3); break;
             case 3: e.line += 2; break;
+            case 4: e.cursor.y += 3; break;
+            case 5: e.cursor.x += 1; break;
             default: break; // continues a run
             }
             frame.AddEntry(e);

@@ -208,10 +208,17 @@ TEST(LargeText, ScrollBarsEndUpExactAfterEveryChange)
 
     // The bars are redrawn by the next paint, not at once: once the window
     // has been updated they look as a full redraw of the frame draws them.
+    // (The range grows while the bar stays enabled: enabling a bar makes
+    // the system draw it at once.)
     c->SetLine(wideLine, 0);
+    ::RedrawWindow(c->m_hWnd, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE | RDW_UPDATENOW);
+    PumpMessages();
+    const std::vector<COLORREF> before = BarPixels(c->m_hWnd);
+    c->SetLine(CString(L'w', 900), 0);
     c->UpdateWindow();
     PumpMessages();
     const std::vector<COLORREF> lazy = BarPixels(c->m_hWnd);
+    EXPECT_FALSE(lazy == before); // the thumb did move
     ::RedrawWindow(c->m_hWnd, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE | RDW_UPDATENOW);
     PumpMessages();
     EXPECT_TRUE(lazy == BarPixels(c->m_hWnd));
