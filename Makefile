@@ -1,4 +1,4 @@
-# Velmor: make test | make demo | make bench
+# Velmor: make test | make demo | make package | make bench
 BUILD ?= build
 NATIVE := $(BUILD)/native
 ASAN := $(BUILD)/native-asan
@@ -7,7 +7,13 @@ WIN32 := $(BUILD)/win32
 JOBS ?= $(shell nproc)
 export VELMOR_BUILD_DIR := $(abspath $(BUILD))
 
-.PHONY: all deps native asan win64 win32 test demo bench clean
+# The package folders (the sdk target of each Windows tree writes them).
+VERSION := $(shell sed -n 's/^project.velmor VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+DIST := dist
+PKG32 := $(DIST)/velmor-$(VERSION)-i686
+PKG64 := $(DIST)/velmor-$(VERSION)-x86_64
+
+.PHONY: all deps native asan win64 win32 package test demo bench clean
 
 all: native win64 win32
 
@@ -40,6 +46,11 @@ win64: $(WIN64)/build.ninja
 win32: $(WIN32)/build.ninja
 	cmake --build $(WIN32) -j $(JOBS)
 
+# dist/velmor-<version>-i686/ and -x86_64/, each with its zip.
+package: win64 win32
+	cmake --build $(WIN32) --target sdk
+	cmake --build $(WIN64) --target sdk
+
 # Native tests, then every Windows test under a private headless Wine session.
 test: native asan win64 win32
 	cd $(NATIVE) && ctest --output-on-failure
@@ -53,4 +64,4 @@ bench: native win64
 	scripts/run-bench
 
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(DIST)
