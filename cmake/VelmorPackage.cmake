@@ -113,3 +113,18 @@ add_custom_target(sdk
   COMMAND ${CMAKE_COMMAND} -E echo "Package: ${VELMOR_DIST_DIR}/${VELMOR_PACKAGE_NAME} (and .zip)"
   DEPENDS velmor ${VELMOR_RUNTIME_DLLS}
   VERBATIM)
+
+# --- The API reference stays complete ---------------------------------------
+# Lists the DLL's exports and fails when an exported member of the control's
+# classes has no entry in docs/api.md. A host-side check: runs on Linux, not
+# under Wine.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_test(NAME api_reference_complete
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/check-api-reference
+          --objdump ${CMAKE_OBJDUMP} $<TARGET_FILE:velmor> ${CMAKE_SOURCE_DIR}/docs/api.md)
+# The check itself must fail on a reference that lacks entries.
+add_test(NAME api_reference_check_detects_gaps
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/check-api-reference
+          --objdump ${CMAKE_OBJDUMP} $<TARGET_FILE:velmor> /dev/null)
+set_tests_properties(api_reference_check_detects_gaps PROPERTIES
+  PASS_REGULAR_EXPRESSION "CVelmor::LoadText has no entry")
