@@ -1,4 +1,4 @@
-# Velmor: make test | make demo | make bench
+# Velmor: make test | make demo | make package | make bench
 BUILD ?= build
 NATIVE := $(BUILD)/native
 ASAN := $(BUILD)/native-asan
@@ -7,7 +7,16 @@ WIN32 := $(BUILD)/win32
 JOBS ?= $(shell nproc)
 export VELMOR_BUILD_DIR := $(abspath $(BUILD))
 
-.PHONY: all deps native asan win64 win32 test demo bench clean
+# The package folders (the sdk target of each Windows tree writes them).
+VERSION := $(shell sed -n 's/^project.velmor VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+DIST := dist
+PKG32 := $(DIST)/velmor-$(VERSION)-i686
+PKG64 := $(DIST)/velmor-$(VERSION)-x86_64
+# The example host, built against each package as a project of its own.
+EXAMPLE32 := $(BUILD)/example-win32
+EXAMPLE64 := $(BUILD)/example-win64
+
+.PHONY: all deps native asan win64 win32 package examples test demo bench clean
 
 all: native win64 win32
 
@@ -40,11 +49,30 @@ win64: $(WIN64)/build.ninja
 win32: $(WIN32)/build.ninja
 	cmake --build $(WIN32) -j $(JOBS)
 
-# Native tests, then every Windows test under a private headless Wine session.
-test: native asan win64 win32
+# dist/velmor-<version>-i686/ and -x86_64/, each with its zip.
+package: win64 win32
+	cmake --build $(WIN32) --target sdk
+	cmake --build $(WIN64) --target sdk
+
+# The example host against each package, with the cross compilers.
+examples: package
+	cmake -S examples/host -B $(EXAMPLE64) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-x86_64.cmake \
+	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG64)) >/dev/null
+	cmake --build $(EXAMPLE64)
+	cmake -S examples/host -B $(EXAMPLE32) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-i686.cmake \
+	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG32)) >/dev/null
+	cmake --build $(EXAMPLE32)
+
+# Native tests; the packages and the i686 exception path, checked on their
+# binaries; then every Windows test and the x86_64 example host under a
+# private headless Wine session.
+test: native asan win64 win32 examples
 	cd $(NATIVE) && ctest --output-on-failure
 	cd $(ASAN) && ctest --output-on-failure
-	scripts/wine-session sh -c 'cd $(WIN64) && ctest --output-on-failure'
+	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) $(PKG32)
+	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) $(PKG64)
+	scripts/wine-session sh -c 'cd $(WIN64) && ctest --output-on-failure && \
+	  cd $(abspath $(EXAMPLE64)) && $(CURDIR)/scripts/wine-run velmor-host.exe'
 
 demo: win64
 	scripts/run-demo
@@ -53,4 +81,4 @@ bench: native win64
 	scripts/run-bench
 
 clean:
-	rm -rf $(BUILD)
+	rm -rf $(BUILD) $(DIST)

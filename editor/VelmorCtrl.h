@@ -6,6 +6,7 @@
 // interpreter), and shows breakpoints and the executing line in the margin.
 // The parent receives WM_COMMAND with EN_CHANGE after every completed edit.
 #pragma once
+#include "VelmorVersion.h" // VELMOR_VERSION...: made by the build, in the package's include/
 #include "../framework/afxwin.h"
 #include "../framework/afxcmn.h"
 #include "../text/ScriptText.h"
