@@ -233,10 +233,19 @@ private:
     void InsertLoadedLine(const wchar_t* p, int n);
     int TextLength() const;
     int CaretOffset(CDC* pDC) const;
+    bool PreparePaintBuffer(CDC* pDC, CSize size);
+    void ReleasePaintBuffer();
+    void PaintView(CDC* pDC, const CRect& rcClient, const CRect& rcPaint);
     void SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos);
 
     // Set between StartAction and EndAction: scroll bars are updated once
     // when the action ends (m_bScrollPending records that one is due).
     bool m_bInAction;
     bool m_bScrollPending;
+    // The off-screen picture painting draws into, kept between paints and
+    // grown with the window.
+    HDC m_hPaintDC;
+    HBITMAP m_hPaintBitmap;
+    HGDIOBJ m_hPaintOldBitmap;
+    CSize m_szPaint;
 };

@@ -65,6 +65,10 @@ void CVelmor::InitMembers(COLORREF crBackground)
     m_strClassName.Format(L"CVelmor::%p", (void*)this);
     m_bInAction = false;
     m_bScrollPending = false;
+    m_hPaintDC = nullptr;
+    m_hPaintBitmap = nullptr;
+    m_hPaintOldBitmap = nullptr;
+    m_szPaint = CSize(0, 0);
 }
 
 CVelmor::CVelmor()
@@ -113,6 +117,7 @@ CVelmor::~CVelmor()
     if (m_font.m_hObject)
         m_font.DeleteObject();
     ReleaseCompactBackground();
+    ReleasePaintBuffer();
 }
 
 BOOL CVelmor::Create(DWORD dwStyle, CWnd* pParent, const CRect& rect, int nID, int nTabSize, int nFontSize,

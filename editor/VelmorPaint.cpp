@@ -86,43 +86,107 @@ void CVelmor::OnPaint()
     CPaintDC dc(this);
     CRect rcClient;
     GetClientRect(&rcClient);
-    COrvMemDC memDC(&dc, nullptr);
     // The area being painted: lines outside it are not drawn at all.
-    CRect rcPaint = rcClient;
-    rcPaint.IntersectRect(rcClient, &dc.m_ps.rcPaint);
+    CRect rcPaint;
+    if (!rcPaint.IntersectRect(rcClient, &dc.m_ps.rcPaint))
+        return;
 
+    if (PreparePaintBuffer(&dc, rcClient.Size())) {
+        // The off-screen picture kept between paints: making a memory DC
+        // and a bitmap costs more than drawing a line of text, so a small
+        // update (a keystroke) reuses them. Only the update area is drawn
+        // and copied to the screen.
+        CDC buffer;
+        buffer.Attach(m_hPaintDC);
+        ::SelectClipRgn(m_hPaintDC, nullptr);
+        ::IntersectClipRect(m_hPaintDC, rcPaint.left, rcPaint.top, rcPaint.right, rcPaint.bottom);
+        PaintView(&buffer, rcClient, rcPaint);
+        ::SelectClipRgn(m_hPaintDC, nullptr);
+        ::BitBlt(dc.m_hDC, rcPaint.left, rcPaint.top, rcPaint.Width(), rcPaint.Height(), m_hPaintDC, rcPaint.left,
+                 rcPaint.top, SRCCOPY);
+        buffer.Detach();
+    } else {
+        COrvMemDC memDC(&dc, nullptr);
+        PaintView(&memDC, rcClient, rcPaint);
+    }
+}
+
+bool CVelmor::PreparePaintBuffer(CDC* pDC, CSize size)
+{
+    if (size.cx <= 0 || size.cy <= 0)
+        return false;
+    if (m_hPaintDC && m_szPaint.cx >= size.cx && m_szPaint.cy >= size.cy)
+        return true;
+    ReleasePaintBuffer();
+    m_hPaintDC = ::CreateCompatibleDC(pDC->m_hDC);
+    HBITMAP hBitmap = m_hPaintDC ? ::CreateCompatibleBitmap(pDC->m_hDC, size.cx, size.cy) : nullptr;
+    if (!hBitmap) {
+        ReleasePaintBuffer();
+        return false;
+    }
+    m_hPaintBitmap = hBitmap;
+    m_hPaintOldBitmap = ::SelectObject(m_hPaintDC, hBitmap);
+    m_szPaint = size;
+    return true;
+}
+
+void CVelmor::ReleasePaintBuffer()
+{
+    if (m_hPaintDC && m_hPaintOldBitmap)
+        ::SelectObject(m_hPaintDC, m_hPaintOldBitmap);
+    if (m_hPaintBitmap)
+        ::DeleteObject(m_hPaintBitmap);
+    if (m_hPaintDC)
+        ::DeleteDC(m_hPaintDC);
+    m_hPaintDC = nullptr;
+    m_hPaintBitmap = nullptr;
+    m_hPaintOldBitmap = nullptr;
+    m_szPaint = CSize(0, 0);
+}
+
+// Background, margin and the lines that meet rcPaint, in client
+// coordinates, into an off-screen DC.
+void CVelmor::PaintView(CDC* pDC, const CRect& rcClient, const CRect& rcPaint)
+{
     if (m_bNoFrame) {
         if (!m_hMemDC)
             BuildCompactBackground();
         if (m_hMemDC)
-            ::BitBlt(memDC.m_hDC, 0, 0, rcClient.Width(), rcClient.Height(), m_hMemDC, 0, 0, SRCCOPY);
+            ::BitBlt(pDC->m_hDC, 0, 0, rcClient.Width(), rcClient.Height(), m_hMemDC, 0, 0, SRCCOPY);
     }
 
-    CFont* pOldFont = m_font.m_hObject ? memDC.SelectObject(&m_font) : nullptr;
-    memDC.SetBkMode(TRANSPARENT);
+    CFont* pOldFont = m_font.m_hObject ? pDC->SelectObject(&m_font) : nullptr;
+    pDC->SetBkMode(TRANSPARENT);
     int y = 0;
     const int nLines = (int)m_Text._GetSize();
     const int nEnd = LastVisibleLine() + 1 >= nLines ? nLines : LastVisibleLine() + 1;
 
     if (m_bLineNumber) {
         m_nLeftMargin = 4 * m_tm.tmAveCharWidth + 10;
-        memDC.FillSolidRect(CRect(rcClient.left, rcClient.top, m_nLeftMargin - 4, rcClient.bottom), kMarginBack);
+        pDC->FillSolidRect(CRect(rcClient.left, rcClient.top, m_nLeftMargin - 4, rcClient.bottom), kMarginBack);
     } else {
         m_nLeftMargin = 4;
     }
     if (!m_bNoFrame)
-        memDC.FillSolidRect(CRect(m_nLeftMargin - 4, rcClient.top, rcClient.right, rcClient.bottom),
-                            m_bLock ? kLockedBack : m_crBackground);
+        pDC->FillSolidRect(CRect(m_nLeftMargin - 4, rcClient.top, rcClient.right, rcClient.bottom),
+                           m_bLock ? kLockedBack : m_crBackground);
 
-    for (int nLine = m_nFirstLine; nLine < nEnd; ++nLine) {
-        CRect rcLine = GetLineRect(nLine), rcVisible;
-        // A view scrolled above the first line shows nothing there.
-        if (nLine >= 0 && rcVisible.IntersectRect(rcLine, rcPaint))
-            _DrawLine(&memDC, m_Text.LineRef(nLine), m_Text._GetLineColors(nLine), nLine, y);
-        y += m_nLineHeight;
+    try {
+        for (int nLine = m_nFirstLine; nLine < nEnd; ++nLine) {
+            CRect rcLine = GetLineRect(nLine), rcVisible;
+            // A view scrolled above the first line shows nothing there.
+            if (nLine >= 0 && rcVisible.IntersectRect(rcLine, rcPaint))
+                _DrawLine(pDC, m_Text.LineRef(nLine), m_Text._GetLineColors(nLine), nLine, y);
+            y += m_nLineHeight;
+        }
+    } catch (...) {
+        // The font must not stay selected into a DC that outlives the paint.
+        if (pOldFont)
+            pDC->SelectObject(pOldFont);
+        throw;
     }
     if (pOldFont)
-        memDC.SelectObject(pOldFont);
+        pDC->SelectObject(pOldFont);
 }
 
 void CVelmor::DrawMargin(CDC* pDC, int nLine, int y)
