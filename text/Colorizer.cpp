@@ -1,5 +1,7 @@
 #include "Colorizer.h"
 #include <cwctype>
+#include <memory>
+#include <typeinfo>
 
 namespace {
 
@@ -90,6 +92,23 @@ void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& 
     colors.resize((size_t)len);
     const wchar_t* p = line.GetString();
     CString word;
+
+    // A long line repeats its words many times, and each word costs three
+    // set lookups. For the two colorizers of this library, whose answers
+    // depend on the word sets alone (and the sets cannot change during the
+    // call), the last answer for each of a few recent words is remembered.
+    // A derived class may answer otherwise (its lookups may keep state), so
+    // it is asked every time.
+    struct Recent
+    {
+        CString word;
+        int kind = -1; // -1 unknown, else WordKind's answer
+    };
+    std::unique_ptr<Recent[]> recent;
+    const int kRecent = 64;
+    if (len >= 512 && (typeid(*this) == typeid(CColorizer) || typeid(*this) == typeid(CSampleColorizer)))
+        recent.reset(new Recent[kRecent]);
+
     int i = 0;
     while (i < len) {
         if (IsCommentColor(colors[(size_t)i])) {
@@ -102,13 +121,38 @@ void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& 
         while (i < len && IsWordChar(p[i]))
             ++i;
         word.SetString(p + start, i - start);
-        if (IsKeyWord(word))
+        int kind;
+        if (recent) {
+            const int n = i - start;
+            Recent& r = recent[(unsigned)(n * 31 + (n ? p[start] * 7 + p[i - 1] : 0)) % kRecent];
+            if (r.kind < 0 || r.word != word) {
+                r.word = word;
+                r.kind = WordKind(word);
+            }
+            kind = r.kind;
+        } else {
+            kind = WordKind(word);
+        }
+        if (kind == 1)
             FillOutsideComments(colors, start, i, COLOR_KEYWORD);
-        else if (IsOpWord(word))
+        else if (kind == 2)
             FillOutsideComments(colors, start, i, COLOR_OPERATOR);
-        else if (IsFuncWord(word))
+        else if (kind == 3)
             FillOutsideComments(colors, start, i, COLOR_FUNCTION);
     }
+}
+
+// 1 keyword, 2 operator word, 3 function word, 0 none: the first set that
+// holds the word, asked in that order.
+int CColorizer::WordKind(CString& word)
+{
+    if (IsKeyWord(word))
+        return 1;
+    if (IsOpWord(word))
+        return 2;
+    if (IsFuncWord(word))
+        return 3;
+    return 0;
 }
 
 CSampleColorizer::~CSampleColorizer() {}

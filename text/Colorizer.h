@@ -55,6 +55,7 @@ public:
     std::set<CString> m_setFuncs;
 
 private:
+    int WordKind(CString& word);
     void Insert(std::set<CString>& set, const wchar_t* pszWord) const;
     int Contains(const std::set<CString>& set, CString& word) const;
 };

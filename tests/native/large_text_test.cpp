@@ -284,3 +284,42 @@ TEST(LargeText, MillionInsertsFormOneRun)
     EXPECT_TRUE(frame.IsEmpty());
     EXPECT_EQ(999999u, moved.GetCount());
 }
+
+namespace {
+// The same colouring under another dynamic type: the colorizer then asks
+// its word sets for every word, remembering nothing.
+class UncachedColorizer : public CSampleColorizer {
+};
+} // namespace
+
+// Long lines are coloured with recent words remembered; the colours are
+// those of asking for every word, whatever words repeat or collide.
+TEST(LargeText, LongLinesColourAsWordByWord)
+{
+    std::mt19937 rng(3);
+    CSampleColorizer fast;
+    UncachedColorizer plain;
+    for (CColorizer* c : { (CColorizer*)&fast, (CColorizer*)&plain }) {
+        AddBuiltinWords(*c);
+        AddKey(*c, L"define");
+        AddKey(*c, L"x1");
+    }
+    static const wchar_t* const words[] = { L"sin", L"and", L"define", L"x1", L"x2", L"1x", L"Sin", L"or", L"xor",
+                                            L"abs", L"a", L"b", L"\x00E9t\x00E9", L"log10", L"log" };
+    static const wchar_t* const gaps[] = { L" ", L"  ", L"(", L");", L" /* ", L" */ ", L" // ", L"\"", L", " };
+    for (int round = 0; round < 200; ++round) {
+        CString line;
+        const int n = 100 + (int)(rng() % 400);
+        for (int i = 0; i < n || line.GetLength() < 512; ++i) {
+            line += words[rng() % (sizeof words / sizeof words[0])];
+            line += gaps[rng() % (rng() % 4 ? 2 : sizeof gaps / sizeof gaps[0])];
+        }
+        ASSERT_GE(line.GetLength(), 512);
+        Colors a, b;
+        fast.m_bInComment = plain.m_bInComment = rng() % 2;
+        fast.SetLineColors(line, a);
+        plain.SetLineColors(line, b);
+        ASSERT_EQ(b, a) << "round " << round;
+        ASSERT_EQ(plain.m_bInComment, fast.m_bInComment);
+    }
+}
