@@ -13,6 +13,18 @@ inline bool IsWordChar(wchar_t c)
     return iswalnum((wint_t)c) != 0;
 }
 
+// Whether s holds exactly the n characters at p.
+inline bool SameText(const CString& s, const wchar_t* p, int n)
+{
+    if (s.GetLength() != n)
+        return false;
+    const wchar_t* q = s.GetString();
+    for (int k = 0; k < n; ++k)
+        if (q[k] != p[k])
+            return false;
+    return true;
+}
+
 // Paints [from, to) clamped to the vector.
 inline void Fill(std::vector<unsigned long>& colors, int from, int to, unsigned long c)
 {
@@ -120,17 +132,17 @@ void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& 
         const int start = i;
         while (i < len && IsWordChar(p[i]))
             ++i;
-        word.SetString(p + start, i - start);
+        const int n = i - start;
         int kind;
         if (recent) {
-            const int n = i - start;
             Recent& r = recent[(unsigned)(n * 31 + (n ? p[start] * 7 + p[i - 1] : 0)) % kRecent];
-            if (r.kind < 0 || r.word != word) {
-                r.word = word;
-                r.kind = WordKind(word);
+            if (r.kind < 0 || !SameText(r.word, p + start, n)) {
+                r.word.SetString(p + start, n);
+                r.kind = WordKind(r.word);
             }
             kind = r.kind;
         } else {
+            word.SetString(p + start, n);
             kind = WordKind(word);
         }
         if (kind == 1)
