@@ -1,5 +1,7 @@
 #include "Colorizer.h"
 #include <cwctype>
+#include <algorithm>
+#include <queue>
 #include <memory>
 #include <typeinfo>
 
@@ -34,6 +36,62 @@ inline void Fill(std::vector<unsigned long>& colors, int from, int to, unsigned 
         to = (int)colors.size();
     for (int i = from; i < to; ++i)
         colors[(size_t)i] = c;
+}
+
+struct Span
+{
+    int from, to; // [from, to), clamped to the line when painted
+    unsigned long color;
+};
+typedef std::vector<Span> Spans;
+
+// Paints spans given in order, so that each character ends in the colour
+// of the last span that covers it: exactly what painting them one after the
+// other gives, in time linear in the line and the number of spans.
+void PaintSpans(std::vector<unsigned long>& colors, const Spans& spans)
+{
+    const int len = (int)colors.size();
+    if (spans.size() <= 8) {
+        for (const Span& s : spans)
+            Fill(colors, s.from, s.to, s.color);
+        return;
+    }
+    // Sweep the line: at each span boundary the colour is that of the
+    // latest span still open there (a heap of open spans by their order;
+    // spans already closed are dropped when they come to the top).
+    struct Edge
+    {
+        int pos;
+        int span; // index into spans
+        bool opens;
+    };
+    std::vector<Edge> edges;
+    edges.reserve(spans.size() * 2);
+    for (size_t i = 0; i < spans.size(); ++i) {
+        const int from = std::max(spans[i].from, 0), to = std::min(spans[i].to, len);
+        if (from < to) {
+            edges.push_back({ from, (int)i, true });
+            edges.push_back({ to, (int)i, false });
+        }
+    }
+    std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.pos < b.pos; });
+    std::vector<char> closed(spans.size(), 0);
+    std::priority_queue<int> open;
+    int at = 0;
+    for (size_t e = 0; e < edges.size();) {
+        const int pos = edges[e].pos;
+        while (!open.empty() && closed[(size_t)open.top()])
+            open.pop();
+        if (!open.empty() && pos > at)
+            Fill(colors, at, pos, spans[(size_t)open.top()].color);
+        for (; e < edges.size() && edges[e].pos == pos; ++e) {
+            if (edges[e].opens)
+                open.push(edges[e].span);
+            else
+                closed[(size_t)edges[e].span] = 1;
+        }
+        at = pos;
+    }
 }
 
 // Paints [from, to) except characters that already carry a comment colour.
@@ -180,7 +238,12 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
 
     // Block comments, pair by pair. The searches resume two characters after
     // each match; "*/" before "/*" on one line leaves the in-comment flag alone.
+    // Each pair paints a span, later spans over earlier ones; the spans are
+    // gathered and painted at the end (see PaintSpans), since painting each
+    // at once would repaint the line from its start or to its end for every
+    // pair of a long line.
     if (len >= 2) {
+        Spans spans;
         int close = 0, open = 0;
         for (;;) {
             const int seg = open;
@@ -189,19 +252,19 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
             close = (close >= 0 && close < len) ? line.Find(L"*/", close) : -1;
             open = (open >= 0 && open < len) ? line.Find(L"/*", open) : -1;
             if (close >= 0 && open >= 0 && close <= open) {
-                Fill(colors, 0, close + 2, COLOR_CLOSED_COMMENT);
-                Fill(colors, open, len, COLOR_OPEN_COMMENT);
+                spans.push_back({ 0, close + 2, COLOR_CLOSED_COMMENT });
+                spans.push_back({ open, len, COLOR_OPEN_COMMENT });
             } else if (close >= 0 && open >= 0) {
-                Fill(colors, open, close + 2, COLOR_CLOSED_COMMENT);
+                spans.push_back({ open, close + 2, COLOR_CLOSED_COMMENT });
             } else if (close >= 0) {
-                Fill(colors, 0, close + 2, COLOR_CLOSED_COMMENT);
+                spans.push_back({ 0, close + 2, COLOR_CLOSED_COMMENT });
                 m_bInComment = false;
             } else if (open >= 0) {
-                Fill(colors, open, len, COLOR_OPEN_COMMENT);
+                spans.push_back({ open, len, COLOR_OPEN_COMMENT });
                 m_bInComment = true;
             } else {
                 if (m_bInComment)
-                    Fill(colors, seg, len, COLOR_OPEN_COMMENT);
+                    spans.push_back({ seg, len, COLOR_OPEN_COMMENT });
                 break;
             }
             if (close >= 0)
@@ -209,6 +272,7 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
             if (open >= 0)
                 open += 2;
         }
+        PaintSpans(colors, spans);
     }
 
     // A line comment runs to the end, whatever it stands in.

@@ -323,3 +323,96 @@ TEST(LargeText, LongLinesColourAsWordByWord)
         ASSERT_EQ(plain.m_bInComment, fast.m_bInComment);
     }
 }
+
+namespace {
+
+// The block-comment, line-comment and string rules of the sample colorizer
+// written the plain way: every pair paints its span at once.
+Colors ReferenceColors(const std::wstring& line, bool& inComment)
+{
+    const int len = (int)line.size();
+    Colors c((size_t)len, COLOR_DEFAULT);
+    auto fill = [&](int from, int to, unsigned long color) {
+        for (int i = std::max(from, 0); i < std::min(to, len); ++i)
+            c[(size_t)i] = color;
+    };
+    auto find = [&](const wchar_t* s, int from) {
+        const size_t p = line.find(s, (size_t)from);
+        return p == std::wstring::npos ? -1 : (int)p;
+    };
+    if (len >= 2) {
+        int close = 0, open = 0;
+        for (;;) {
+            const int seg = open;
+            if (close < 0 && open < 0)
+                break;
+            close = (close >= 0 && close < len) ? find(L"*/", close) : -1;
+            open = (open >= 0 && open < len) ? find(L"/*", open) : -1;
+            if (close >= 0 && open >= 0 && close <= open) {
+                fill(0, close + 2, COLOR_CLOSED_COMMENT);
+                fill(open, len, COLOR_OPEN_COMMENT);
+            } else if (close >= 0 && open >= 0) {
+                fill(open, close + 2, COLOR_CLOSED_COMMENT);
+            } else if (close >= 0) {
+                fill(0, close + 2, COLOR_CLOSED_COMMENT);
+                inComment = false;
+            } else if (open >= 0) {
+                fill(open, len, COLOR_OPEN_COMMENT);
+                inComment = true;
+            } else {
+                if (inComment)
+                    fill(seg, len, COLOR_OPEN_COMMENT);
+                break;
+            }
+            if (close >= 0)
+                close += 2;
+            if (open >= 0)
+                open += 2;
+        }
+    }
+    const int slashes = find(L"//", 0);
+    if (slashes >= 0)
+        fill(slashes, len, COLOR_CLOSED_COMMENT);
+    const int q1 = find(L"\"", 0);
+    if (q1 >= 0) {
+        const int q2 = find(L"\"", q1 + 1);
+        if (q2 >= 0)
+            for (int i = q1; i <= q2; ++i)
+                if (!IsCommentColor(c[(size_t)i]))
+                    c[(size_t)i] = COLOR_STRING;
+    }
+    return c;
+}
+
+} // namespace
+
+// Lines with many comment delimiters in any order colour as painting each
+// comment span at once does (the colorizer gathers the spans and paints
+// them in one sweep), and a line of 100,000 of them takes linear time.
+TEST(LargeText, ManyCommentSpansOnOneLine)
+{
+    std::mt19937 rng(11);
+    static const wchar_t* const pieces[] = { L"/*", L"*/", L"/", L"*", L"x", L" ", L"//", L"\"", L"*/*", L"/*/" };
+    for (int round = 0; round < 3000; ++round) {
+        std::wstring w = L"a";
+        const int n = (int)(rng() % 120);
+        for (int i = 0; i < n; ++i)
+            w += pieces[rng() % (sizeof pieces / sizeof pieces[0])];
+        CSampleColorizer c;
+        bool expectFlag = rng() % 2;
+        c.m_bInComment = expectFlag;
+        Colors got;
+        c.SetLineColors(CString(w.c_str()), got);
+        ASSERT_EQ(ReferenceColors(w, expectFlag), got) << "round " << round;
+        ASSERT_EQ(expectFlag, c.m_bInComment) << "round " << round;
+    }
+    std::wstring big;
+    for (int i = 0; i < 100000; ++i)
+        big += L"*/ x /* y ";
+    CSampleColorizer c;
+    Colors got;
+    c.SetLineColors(CString(big.c_str()), got);
+    ASSERT_EQ(big.size(), got.size());
+    EXPECT_EQ(COLOR_CLOSED_COMMENT, got[0]);
+    EXPECT_EQ(COLOR_OPEN_COMMENT, got.back());
+}
