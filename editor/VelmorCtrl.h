@@ -10,6 +10,7 @@
 #include "../framework/afxwin.h"
 #include "../framework/afxcmn.h"
 #include "../text/ScriptText.h"
+#include "../text/TextWalk.h"
 #include "UndoFrame.h"
 #include <stack>
 
@@ -27,6 +28,17 @@ const UINT_PTR VELMOR_TIP_TOOL = 1;
 
 // Resources compiled into the library.
 const UINT IDR_VELMOR_ACCEL = 129;
+
+// The framework's edit command ids the control handles (WM_COMMAND), with
+// update handlers for menus (CCmdUI).
+#ifndef ID_EDIT_COPY
+const UINT ID_EDIT_COPY = 57634;
+const UINT ID_EDIT_CUT = 57635;
+const UINT ID_EDIT_PASTE = 57637;
+const UINT ID_EDIT_SELECT_ALL = 57642;
+const UINT ID_EDIT_UNDO = 57643;
+const UINT ID_EDIT_REDO = 57644;
+#endif
 
 class AFX_EXT_CLASS CVelmor : public CWnd
 {
@@ -103,6 +115,17 @@ public:
     bool Selected();
     bool IsSelected(int x, int y);
 
+    // Moves caret and anchor to (x, y) unclipped and brings it into view;
+    // GoToLine puts them after the leading spaces of a line.
+    void GoToXY(int x, int y);
+    void GoToLine(int nLine);
+
+    // Scrolling.
+    void ScrollToCursor();
+    void SoftScrollToLine(int nLine);
+    CPoint GetScrollPosition();
+    CPoint GetDeviceScrollPosition();
+
     // Geometry of the view.
     CRect GetLineRect(int nLine) const;
     CRect GetLineRect(int nFirst, int nLast) const;
@@ -112,8 +135,11 @@ public:
     int VisibleColumns() const;
     void RefreshLineNum(int bNow);
 
-    // Undo history.
+    // Undo history. Undo and redo replay one step each, with the caret and
+    // anchor put back; neither checks read-only.
     void ClearUndoHistory();
+    void DoUndo();
+    void DoRedo();
 
     void NotifyParent(UINT nCode);
 
@@ -141,6 +167,11 @@ protected:
     void DrawCursor(bool bShow);
     void UpdateScrollSizes();
     void ScrollToLine(int nLine);
+    void ShiftDisplay(int dx, int dy);
+    void UpdateAnchor(bool bExtend);
+    void RemoveSelected();
+    void StringOnCursor(CString& word);
+    void DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& to);
     bool InSelection(int x, int y) const;
     void InvalidateAll(BOOL bErase);
 
@@ -167,6 +198,17 @@ protected:
     afx_msg void OnKillFocus(CWnd* pNewWnd);
     afx_msg void OnSetFocus(CWnd* pOldWnd);
     afx_msg void OnTimer(UINT_PTR nIDEvent);
+    afx_msg void OnLButtonDown(UINT nFlags, CPoint point);
+    afx_msg void OnLButtonUp(UINT nFlags, CPoint point);
+    afx_msg void OnLButtonDblClk(UINT nFlags, CPoint point);
+    afx_msg void OnMouseMove(UINT nFlags, CPoint point);
+    afx_msg BOOL OnMouseWheel(UINT nFlags, short zDelta, CPoint pt);
+    afx_msg void OnVScroll(UINT nSBCode, UINT nPos, CScrollBar* pScrollBar);
+    afx_msg void OnHScroll(UINT nSBCode, UINT nPos, CScrollBar* pScrollBar);
+    afx_msg void OnUndo();
+    afx_msg void OnRedo();
+    afx_msg void OnUpdateUndo(CCmdUI* pCmdUI);
+    afx_msg void OnUpdateRedo(CCmdUI* pCmdUI);
 
     DECLARE_MESSAGE_MAP()
 
@@ -229,6 +271,9 @@ public:
 private:
     void InitMembers(COLORREF crBackground);
     void ApplyScrollSizes();
+    TextWidths Widths() const;
+    int LineAt(int y) const;
+    void SetBarPos(int nBar, int nPos);
     void ExpandLine(const wchar_t* p, int n, CString& buffer);
     void InsertLoadedLine(const wchar_t* p, int n);
     int TextLength() const;
@@ -236,6 +281,7 @@ private:
     bool PreparePaintBuffer(CDC* pDC, CSize size);
     void ReleasePaintBuffer();
     void PaintView(CDC* pDC, const CRect& rcClient, const CRect& rcPaint);
+    void PaintWithBuffer(CPaintDC& dc, const CRect& rcClient, const CRect& rcPaint);
     void SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos);
 
     // Set between StartAction and EndAction: scroll bars are updated once

@@ -91,6 +91,16 @@ void CVelmor::OnPaint()
     if (!rcPaint.IntersectRect(rcClient, &dc.m_ps.rcPaint))
         return;
 
+    const int nOldMargin = m_nLeftMargin;
+    PaintWithBuffer(dc, rcClient, rcPaint);
+    // Painting sets the margin's width: a caret placed before the first
+    // paint stood where the text was not.
+    if (m_nLeftMargin != nOldMargin && m_bCaretCreated)
+        DrawCursor(true);
+}
+
+void CVelmor::PaintWithBuffer(CPaintDC& dc, const CRect& rcClient, const CRect& rcPaint)
+{
     if (PreparePaintBuffer(&dc, rcClient.Size())) {
         // The off-screen picture kept between paints: making a memory DC
         // and a bitmap costs more than drawing a line of text, so a small

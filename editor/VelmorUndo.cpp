@@ -1,5 +1,6 @@
 // Recording of undo frames.
 #include "VelmorCtrl.h"
+#include "UndoReplay.h"
 
 void CVelmor::StartAction()
 {
@@ -43,4 +44,109 @@ void CVelmor::ClearUndoHistory()
     m_CurFrame.Clear();
     ClearUndoStack(m_RedoStack);
     ClearUndoStack(m_UndoStack);
+}
+
+namespace {
+
+// The control as the undo replay sees it: the line primitives with
+// recording off, the caret and anchor, and for every entry its line
+// brought into view and added to the area to repaint.
+struct ControlTarget
+{
+    CVelmor& c;
+    CRect& rcInvalid;
+
+    int LineCount() { return (int)c.m_Text._GetSize(); }
+    CString Line(int n) { return c.m_Text._GetLine(n); }
+    void Remove(int n) { c.RemoveTextLine(n, true, false); }
+    void Insert(const CString& text, int n) { c.InsertTextLine(text, n, true, true); }
+    void Set(const CString& text, int n)
+    {
+        // A history that no longer fits the text (lines changed without
+        // recording) cannot change a line that is not there.
+        if (n >= 0 && n < LineCount())
+            c.SetTextLine(text, n, true, false);
+    }
+    CPoint Cursor() { return c.GetCursorPos(); }
+    CPoint Anchor() { return c.GetAnchorPos(); }
+    void SetCursor(CPoint pt) { c.m_ptCursor = pt; }
+    void SetAnchor(CPoint pt) { c.m_ptAnchor = pt; }
+    void Visit(int n)
+    {
+        CRect rc = c.GetLineRect(n);
+        rcInvalid.UnionRect(&rcInvalid, &rc);
+        c.SoftScrollToLine(n);
+    }
+};
+
+} // namespace
+
+void CVelmor::DoUndo()
+{
+    DoUndoRedo(m_UndoStack, m_RedoStack);
+    NotifyParent(EN_CHANGE);
+}
+
+void CVelmor::DoRedo()
+{
+    DoUndoRedo(m_RedoStack, m_UndoStack);
+    NotifyParent(EN_CHANGE);
+}
+
+void CVelmor::DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& to)
+{
+    if (from.empty())
+        return;
+    CUndoFrame frame = std::move(from.top());
+    from.pop();
+    DrawCursor(false);
+    CRect rcInvalid(0, 0, 0, 0);
+    ControlTarget target{ *this, rcInvalid };
+    // The scroll bars are set once, when the whole step has been replayed.
+    const bool bWasInAction = m_bInAction;
+    m_bInAction = true;
+    try {
+        to.push(ReplayUndoFrame(std::move(frame), target));
+    } catch (...) {
+        m_bInAction = bWasInAction;
+        if (!m_bInAction && m_bScrollPending)
+            ApplyScrollSizes();
+        DrawCursor(true);
+        InvalidateAll(TRUE);
+        throw;
+    }
+    m_bInAction = bWasInAction;
+    if (!m_bInAction && m_bScrollPending)
+        ApplyScrollSizes();
+    DrawCursor(true);
+    if (m_hWnd) {
+        CRect rcClient;
+        GetClientRect(&rcClient);
+        rcInvalid.bottom = rcClient.bottom;
+        InvalidateRect(&rcInvalid, TRUE);
+    }
+}
+
+void CVelmor::OnUndo()
+{
+    DoUndo();
+    m_Text.FullUpdate();
+    InvalidateAll(TRUE);
+}
+
+void CVelmor::OnRedo()
+{
+    DoRedo();
+    m_Text.FullUpdate();
+    InvalidateAll(TRUE);
+}
+
+void CVelmor::OnUpdateUndo(CCmdUI* pCmdUI)
+{
+    pCmdUI->Enable(!m_UndoStack.empty());
+}
+
+void CVelmor::OnUpdateRedo(CCmdUI* pCmdUI)
+{
+    pCmdUI->Enable(!m_RedoStack.empty());
 }

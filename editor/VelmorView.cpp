@@ -90,105 +90,6 @@ void CVelmor::RefreshLineNum(int bNow)
 }
 
 // ---------------------------------------------------------------------------
-// Scrolling
-
-void CVelmor::UpdateScrollSizes()
-{
-    // Inside an edit the bars are brought up to date once, when it ends.
-    if (m_bInAction) {
-        m_bScrollPending = true;
-        return;
-    }
-    ApplyScrollSizes();
-}
-
-void CVelmor::ApplyScrollSizes()
-{
-    m_bScrollPending = false;
-    if (!m_hWnd)
-        return;
-    // Setting scroll information on a window created without scroll bars
-    // would add them; a compact control has none, and paints no frame to
-    // draw them in.
-    const DWORD dwStyle = GetStyle();
-    if (!(dwStyle & (WS_VSCROLL | WS_HSCROLL)))
-        return;
-    CRect rcClient;
-    GetClientRect(&rcClient);
-    const int nLines = (int)m_Text._GetSize();
-    const int nVisible = std::min(rcClient.Height() / std::max(m_nLineHeight, 1), nLines);
-    const int nMaxLen = (int)m_Text.m_nMaxLineLen;
-    const int nCols = rcClient.Width() / std::max(m_nCharWidth, 1) - 1;
-
-    if (dwStyle & WS_VSCROLL)
-        SetScrollBarIfChanged(SB_VERT, nLines > nVisible ? nLines - 1 : 0, std::max(nVisible, 0), m_nFirstLine);
-    if (dwStyle & WS_HSCROLL)
-        SetScrollBarIfChanged(SB_HORZ, nMaxLen > nCols ? nMaxLen - 1 : 0, std::max(nCols, 0), m_nFirstCol);
-}
-
-// Sets one bar's range, page and position when any of them differs from what
-// the bar holds. The bar is not redrawn here: its strip of the frame is
-// invalidated and repainted with the next paint, so a run of edits costs no
-// drawing at all until the screen is updated.
-void CVelmor::SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos)
-{
-    // The system keeps the page within the range and the position within
-    // what the page leaves of it; compare with what it would keep.
-    const UINT nKeptPage = std::min((UINT)std::max(nPage, 0), (UINT)(nMax + 1));
-    const int nKeptPos = std::max(0, std::min(nPos, nMax - std::max((int)nKeptPage - 1, 0)));
-    SCROLLINFO cur = {};
-    cur.cbSize = sizeof cur;
-    cur.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
-    if (::GetScrollInfo(m_hWnd, nBar, &cur) && cur.nMin == 0 && cur.nMax == nMax && cur.nPage == nKeptPage &&
-        cur.nPos == nKeptPos)
-        return;
-    SCROLLINFO si = {};
-    si.cbSize = sizeof si;
-    si.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
-    si.nMin = 0;
-    si.nMax = nMax;
-    si.nPage = (UINT)nPage;
-    si.nPos = nPos;
-    ::SetScrollInfo(m_hWnd, nBar, &si, FALSE);
-
-    // The bar's strip in client coordinates: right of the client area for
-    // the vertical bar, below it for the horizontal one (the corner box
-    // included in both).
-    CRect rcClient, rcWindow;
-    GetClientRect(&rcClient);
-    GetWindowRect(&rcWindow);
-    ScreenToClient(&rcWindow);
-    CRect rcBar = rcWindow;
-    if (nBar == SB_VERT)
-        rcBar.left = rcClient.right;
-    else
-        rcBar.top = rcClient.bottom;
-    if (!rcBar.IsRectEmpty())
-        ::RedrawWindow(m_hWnd, &rcBar, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
-}
-
-void CVelmor::ScrollToLine(int nLine)
-{
-    if (!m_hWnd)
-        return;
-    // Negative lines are stored as given; callers pass lines >= 0.
-    m_nFirstLine = std::min(nLine, (int)m_Text._GetSize() - 1);
-    SetScrollPos(SB_VERT, m_nFirstLine, TRUE);
-    Invalidate(TRUE);
-}
-
-void CVelmor::OnTimer(UINT_PTR nIDEvent)
-{
-    if (nIDEvent == VELMOR_TIMER_RUNNINGLINE) {
-        KillTimer(VELMOR_TIMER_RUNNINGLINE);
-        if (m_nBreakLine >= 0 && (m_nBreakLine < FirstVisibleLine() || m_nBreakLine > LastVisibleLine()))
-            ScrollToLine(m_nBreakLine < 4 ? 0 : m_nBreakLine - 4);
-        RefreshLineNum(FALSE);
-    }
-    CWnd::OnTimer(nIDEvent);
-}
-
-// ---------------------------------------------------------------------------
 // Caret
 
 void CVelmor::DrawCursor(bool bShow)
@@ -356,4 +257,84 @@ bool CVelmor::InSelection(int x, int y) const
 bool CVelmor::IsSelected(int x, int y)
 {
     return Selected() && InSelection(x, y);
+}
+
+void CVelmor::GoToXY(int x, int y)
+{
+    _SetAnchorPos(x, y);
+    _SetCursorPos(x, y);
+    ScrollToCursor();
+    UpdateAnchor(true);
+    DrawCursor(true);
+}
+
+void CVelmor::GoToLine(int nLine)
+{
+    // The caret after the line's indentation; a line that does not exist
+    // has none.
+    const int x = nLine >= 0 && nLine < (int)m_Text._GetSize() ? LeadingSpaces(m_Text.LineRef(nLine)) : 0;
+    _SetAnchorPos(x, nLine);
+    _SetCursorPos(x, nLine);
+    ScrollToCursor();
+    UpdateAnchor(true);
+    DrawCursor(true);
+}
+
+void CVelmor::UpdateAnchor(bool bExtend)
+{
+    if (!bExtend) {
+        _SetAnchorPos(m_ptCursor);
+        return;
+    }
+    if (!(::GetKeyState(VK_SHIFT) & 0x8000))
+        _SetAnchorPos(m_ptCursor);
+    if (m_hWnd) {
+        CRect rc = GetLineRect(m_ptAnchor.y, m_ptCursor.y);
+        InvalidateRect(&rc, FALSE);
+    }
+}
+
+void CVelmor::StringOnCursor(CString& word)
+{
+    word.Empty();
+    if (m_ptCursor.y < 0 || m_ptCursor.y >= (int)m_Text._GetSize())
+        return;
+    const CString& line = m_Text.LineRef(m_ptCursor.y);
+    int start = 0, end = 0;
+    WordBounds(line, m_ptCursor.x, start, end);
+    start = std::max(start, 0);
+    if (end > start)
+        word = line.Mid(start, end - start);
+}
+
+void CVelmor::RemoveSelected()
+{
+    if (m_ptAnchor == m_ptCursor)
+        return;
+    if (m_ptCursor.y < m_ptAnchor.y)
+        std::swap(m_ptCursor, m_ptAnchor);
+    const int n = (int)m_Text._GetSize();
+    if (m_ptAnchor.y == m_ptCursor.y) {
+        if (m_ptAnchor.y >= 0 && m_ptAnchor.y < n) {
+            const int a = std::min(m_ptAnchor.x, m_ptCursor.x), b = std::max(m_ptAnchor.x, m_ptCursor.x);
+            const CString& line = m_Text.LineRef(m_ptAnchor.y);
+            m_ptAnchor.x = m_ptCursor.x = a;
+            SetTextLine(line.Left(a) + line.Mid(b), m_ptAnchor.y, false, true);
+        }
+    } else {
+        while (m_ptCursor.y > m_ptAnchor.y + 1 && m_ptAnchor.y + 1 < (int)m_Text._GetSize()) {
+            RemoveTextLine(m_ptAnchor.y + 1, false, true);
+            --m_ptCursor.y;
+        }
+        if (m_ptCursor.y >= 0 && m_ptCursor.y < (int)m_Text._GetSize() && m_ptAnchor.y >= 0 &&
+            m_ptAnchor.y < (int)m_Text._GetSize()) {
+            const CString tail = m_Text.LineRef(m_ptCursor.y).Mid(m_ptCursor.x);
+            SetTextLine(m_Text.LineRef(m_ptAnchor.y).Left(m_ptAnchor.x) + tail, m_ptAnchor.y, false, true);
+            RemoveTextLine(m_ptCursor.y, false, true);
+            --m_ptCursor.y;
+        }
+    }
+    m_ptCursor = m_ptAnchor;
+    m_Text.FullUpdate();
+    InvalidateAll(TRUE);
 }

@@ -17,6 +17,7 @@ class CWnd;
 class CDC;
 class CFont;
 class CRgn;
+class CScrollBar;
 class CCmdTarget;
 
 // ---------------------------------------------------------------------------
@@ -92,6 +93,10 @@ protected:                                          \
 #define ON_WM_RBUTTONDOWN() AFX_MSG_ENTRY(WM_RBUTTONDOWN, _p->OnRButtonDown((UINT)wParam, CPoint(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))); *_r = 0)
 #define ON_WM_MOUSEMOVE() AFX_MSG_ENTRY(WM_MOUSEMOVE, _p->OnMouseMove((UINT)wParam, CPoint(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))); *_r = 0)
 #define ON_WM_MOUSEWHEEL() AFX_MSG_ENTRY(WM_MOUSEWHEEL, *_r = _p->OnMouseWheel(LOWORD(wParam), (short)HIWORD(wParam), CPoint(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))))
+// The thumb position of a scroll message is its unsigned high word; the
+// bar's scroll-bar control, when it comes from one, else NULL.
+#define ON_WM_VSCROLL() AFX_MSG_ENTRY(WM_VSCROLL, _p->OnVScroll(LOWORD(wParam), HIWORD(wParam), lParam ? (CScrollBar*)CWnd::FromHandle((HWND)lParam) : nullptr); *_r = 0)
+#define ON_WM_HSCROLL() AFX_MSG_ENTRY(WM_HSCROLL, _p->OnHScroll(LOWORD(wParam), HIWORD(wParam), lParam ? (CScrollBar*)CWnd::FromHandle((HWND)lParam) : nullptr); *_r = 0)
 #define ON_WM_GETDLGCODE() AFX_MSG_ENTRY(WM_GETDLGCODE, *_r = _p->OnGetDlgCode())
 #define ON_WM_CONTEXTMENU() AFX_MSG_ENTRY(WM_CONTEXTMENU, _p->OnContextMenu(CWnd::FromHandle((HWND)wParam), CPoint(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))); *_r = 0)
 #define ON_WM_SETFOCUS() AFX_MSG_ENTRY(WM_SETFOCUS, _p->OnSetFocus(CWnd::FromHandle((HWND)wParam)); *_r = 0)
@@ -102,10 +107,40 @@ protected:                                          \
     { WM_COMMAND, CN_COMMAND, (UINT)(id), (UINT)(id), AFX_THUNK((_p->*memberFxn)(); *_r = 0) },
 #define ON_COMMAND_RANGE(id, idLast, memberFxn) \
     { WM_COMMAND, CN_COMMAND, (UINT)(id), (UINT)(idLast), AFX_THUNK((_p->*memberFxn)(_id); *_r = 0) },
+// Update requests: OnCmdMsg(id, CN_UPDATE_COMMAND_UI, pCmdUI, ...) asks the
+// handler to enable, disable or check the user-interface item of a command.
+#define ON_UPDATE_COMMAND_UI(id, memberFxn) \
+    { WM_COMMAND, CN_UPDATE_COMMAND_UI, (UINT)(id), (UINT)(id), AFX_THUNK((_p->*memberFxn)((CCmdUI*)lParam); *_r = 0) },
 #define ON_CONTROL(wNotifyCode, id, memberFxn) \
     { WM_COMMAND, (UINT)(wNotifyCode), (UINT)(id), (UINT)(id), AFX_THUNK((_p->*memberFxn)(); *_r = 0) },
 
 // ---------------------------------------------------------------------------
+
+class CCmdTarget;
+
+// The state of one user-interface item of a command (a menu item): a
+// command's update handler enables, disables or checks it. With a menu the
+// item at m_nIndex of m_hMenu is changed; without one the answer is only
+// recorded (m_bEnabled, m_nCheck), which is how a host that draws its own
+// buttons asks.
+class AFX_EXT_CLASS CCmdUI
+{
+public:
+    CCmdUI() : m_nID(0), m_nIndex(0), m_hMenu(nullptr), m_bEnableChanged(FALSE), m_bEnabled(TRUE), m_nCheck(0) {}
+    virtual ~CCmdUI() {}
+    virtual void Enable(BOOL bOn = TRUE);
+    virtual void SetCheck(int nCheck = 1);
+    // Asks pTarget's update handler for m_nID; returns FALSE when it has
+    // none (the item is then disabled if bDisableIfNoHandler).
+    BOOL DoUpdate(CCmdTarget* pTarget, BOOL bDisableIfNoHandler);
+
+    UINT m_nID;
+    UINT m_nIndex;
+    HMENU m_hMenu;
+    BOOL m_bEnableChanged;
+    BOOL m_bEnabled;
+    int m_nCheck;
+};
 
 class AFX_EXT_CLASS CCmdTarget
 {
@@ -478,6 +513,8 @@ protected:
     afx_msg void OnRButtonDown(UINT, CPoint) { Default(); }
     afx_msg void OnMouseMove(UINT, CPoint) { Default(); }
     afx_msg BOOL OnMouseWheel(UINT, short, CPoint) { return (BOOL)Default(); }
+    afx_msg void OnVScroll(UINT, UINT, CScrollBar*) { Default(); }
+    afx_msg void OnHScroll(UINT, UINT, CScrollBar*) { Default(); }
     afx_msg UINT OnGetDlgCode() { return (UINT)Default(); }
     afx_msg void OnContextMenu(CWnd*, CPoint) { Default(); }
     afx_msg void OnSetFocus(CWnd*) { Default(); }
@@ -490,6 +527,12 @@ protected:
     friend LRESULT CALLBACK AfxWndProc(HWND, UINT, WPARAM, LPARAM);
     friend LRESULT CALLBACK AfxCbtFilterHook(int, WPARAM, LPARAM);
     friend LRESULT AfxCallWndProc(CWnd*, HWND, UINT, WPARAM, LPARAM);
+};
+
+// A scroll-bar control; scroll messages name it when they come from one
+// (NULL for a window's own bars).
+class AFX_EXT_CLASS CScrollBar : public CWnd
+{
 };
 
 LRESULT CALLBACK AfxWndProc(HWND hWnd, UINT nMsg, WPARAM wParam, LPARAM lParam);

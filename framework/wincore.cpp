@@ -72,6 +72,30 @@ const AFX_MSGMAP_ENTRY* CCmdTarget::FindEntry(UINT nMessage, UINT nCode, UINT nI
     return nullptr;
 }
 
+void CCmdUI::Enable(BOOL bOn)
+{
+    m_bEnableChanged = TRUE;
+    m_bEnabled = bOn;
+    if (m_hMenu)
+        ::EnableMenuItem(m_hMenu, m_nIndex, MF_BYPOSITION | (bOn ? MF_ENABLED : (MF_DISABLED | MF_GRAYED)));
+}
+
+void CCmdUI::SetCheck(int nCheck)
+{
+    m_nCheck = nCheck;
+    if (m_hMenu)
+        ::CheckMenuItem(m_hMenu, m_nIndex, MF_BYPOSITION | (nCheck ? MF_CHECKED : MF_UNCHECKED));
+}
+
+BOOL CCmdUI::DoUpdate(CCmdTarget* pTarget, BOOL bDisableIfNoHandler)
+{
+    m_bEnableChanged = FALSE;
+    const BOOL bHandled = pTarget && pTarget->OnCmdMsg(m_nID, (int)CN_UPDATE_COMMAND_UI, this, nullptr);
+    if (!bHandled && bDisableIfNoHandler && !m_bEnableChanged)
+        Enable(FALSE);
+    return bHandled;
+}
+
 BOOL CCmdTarget::OnCmdMsg(UINT nID, int nCode, void* pExtra, void*)
 {
     const AFX_MSGMAP_ENTRY* e = FindEntry(WM_COMMAND, (UINT)nCode, nID);

@@ -1,0 +1,374 @@
+// Scrolling: the scroll bars' ranges and positions, the scroll messages,
+// the wheel, moving the pixels of a one-line or one-column scroll, and
+// bringing a line or the caret into view.
+#include "VelmorCtrl.h"
+#include <algorithm>
+
+void CVelmor::UpdateScrollSizes()
+{
+    // Inside an edit the bars are brought up to date once, when it ends.
+    if (m_bInAction) {
+        m_bScrollPending = true;
+        return;
+    }
+    ApplyScrollSizes();
+}
+
+void CVelmor::ApplyScrollSizes()
+{
+    m_bScrollPending = false;
+    if (!m_hWnd)
+        return;
+    // Setting scroll information on a window created without scroll bars
+    // would add them; a compact control has none, and paints no frame to
+    // draw them in.
+    const DWORD dwStyle = GetStyle();
+    if (!(dwStyle & (WS_VSCROLL | WS_HSCROLL)))
+        return;
+    CRect rcClient;
+    GetClientRect(&rcClient);
+    const int nLines = (int)m_Text._GetSize();
+    const int nVisible = std::min(rcClient.Height() / std::max(m_nLineHeight, 1), nLines);
+    const int nMaxLen = (int)m_Text.m_nMaxLineLen;
+    const int nCols = rcClient.Width() / std::max(m_nCharWidth, 1) - 1;
+
+    if (dwStyle & WS_VSCROLL)
+        SetScrollBarIfChanged(SB_VERT, nLines > nVisible ? nLines - 1 : 0, std::max(nVisible, 0), m_nFirstLine);
+    if (dwStyle & WS_HSCROLL)
+        SetScrollBarIfChanged(SB_HORZ, nMaxLen > nCols ? nMaxLen - 1 : 0, std::max(nCols, 0), m_nFirstCol);
+}
+
+// Sets one bar's range, page and position when any of them differs from what
+// the bar holds. The bar is not redrawn here: its strip of the frame is
+// invalidated and repainted with the next paint, so a run of edits costs no
+// drawing at all until the screen is updated.
+void CVelmor::SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos)
+{
+    // The system keeps the page within the range and the position within
+    // what the page leaves of it; compare with what it would keep.
+    const UINT nKeptPage = std::min((UINT)std::max(nPage, 0), (UINT)(nMax + 1));
+    const int nKeptPos = std::max(0, std::min(nPos, nMax - std::max((int)nKeptPage - 1, 0)));
+    SCROLLINFO cur = {};
+    cur.cbSize = sizeof cur;
+    cur.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
+    if (::GetScrollInfo(m_hWnd, nBar, &cur) && cur.nMin == 0 && cur.nMax == nMax && cur.nPage == nKeptPage &&
+        cur.nPos == nKeptPos)
+        return;
+    SCROLLINFO si = {};
+    si.cbSize = sizeof si;
+    si.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
+    si.nMin = 0;
+    si.nMax = nMax;
+    si.nPage = (UINT)nPage;
+    si.nPos = nPos;
+    ::SetScrollInfo(m_hWnd, nBar, &si, FALSE);
+
+    // The bar's strip in client coordinates: right of the client area for
+    // the vertical bar, below it for the horizontal one (the corner box
+    // included in both).
+    CRect rcClient, rcWindow;
+    GetClientRect(&rcClient);
+    GetWindowRect(&rcWindow);
+    ScreenToClient(&rcWindow);
+    CRect rcBar = rcWindow;
+    if (nBar == SB_VERT)
+        rcBar.left = rcClient.right;
+    else
+        rcBar.top = rcClient.bottom;
+    if (!rcBar.IsRectEmpty())
+        ::RedrawWindow(m_hWnd, &rcBar, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
+}
+
+void CVelmor::ScrollToLine(int nLine)
+{
+    if (!m_hWnd)
+        return;
+    // Negative lines are stored as given; callers pass lines >= 0.
+    m_nFirstLine = std::min(nLine, (int)m_Text._GetSize() - 1);
+    SetBarPos(SB_VERT, m_nFirstLine);
+    Invalidate(TRUE);
+}
+
+void CVelmor::OnTimer(UINT_PTR nIDEvent)
+{
+    if (nIDEvent == VELMOR_TIMER_RUNNINGLINE) {
+        KillTimer(VELMOR_TIMER_RUNNINGLINE);
+        if (m_nBreakLine >= 0 && (m_nBreakLine < FirstVisibleLine() || m_nBreakLine > LastVisibleLine()))
+            ScrollToLine(m_nBreakLine < 4 ? 0 : m_nBreakLine - 4);
+        RefreshLineNum(FALSE);
+    }
+    CWnd::OnTimer(nIDEvent);
+}
+
+// A bar's position, drawn with the next paint like its range (drawing a
+// scroll bar costs more than repainting a line of text).
+void CVelmor::SetBarPos(int nBar, int nPos)
+{
+    if (!m_hWnd || !(GetStyle() & (nBar == SB_VERT ? WS_VSCROLL : WS_HSCROLL)))
+        return;
+    SCROLLINFO si = {};
+    si.cbSize = sizeof si;
+    si.fMask = SIF_RANGE | SIF_PAGE;
+    if (!::GetScrollInfo(m_hWnd, nBar, &si))
+        return;
+    SetScrollBarIfChanged(nBar, si.nMax, (int)si.nPage, nPos);
+}
+
+void CVelmor::SoftScrollToLine(int nLine)
+{
+    const int first = FirstVisibleLine();
+    if (nLine >= first && nLine < first + VisibleLines(true))
+        return;
+    ScrollToLine(nLine);
+}
+
+void CVelmor::ScrollToCursor()
+{
+    if (!m_hWnd)
+        return;
+    const int nLines = (int)m_Text._GetSize();
+    const int last = LastVisibleLine() - 1;
+    if (m_ptCursor.y > last && VisibleLines(false) < nLines - 1) {
+        m_nFirstLine = std::max(m_nFirstLine + (int)(m_ptCursor.y - last), 0);
+        SetBarPos(SB_VERT, m_nFirstLine);
+        Invalidate(TRUE);
+    } else if (m_ptCursor.y < FirstVisibleLine()) {
+        m_nFirstLine = m_ptCursor.y;
+        SetBarPos(SB_VERT, m_nFirstLine);
+        Invalidate(TRUE);
+    }
+    // A quarter of a screen beyond what is strictly needed, both ways.
+    const int cols = VisibleColumns();
+    const int step = cols / 4;
+    if (m_ptCursor.x > m_nFirstCol + cols) {
+        m_nFirstCol += step + (int)(m_ptCursor.x - (m_nFirstCol + cols));
+        SetBarPos(SB_HORZ, m_nFirstCol);
+        Invalidate(TRUE);
+    } else if (m_ptCursor.x < m_nFirstCol) {
+        m_nFirstCol = std::max((int)m_ptCursor.x - step, 0);
+        SetBarPos(SB_HORZ, m_nFirstCol);
+        Invalidate(TRUE);
+    }
+}
+
+CPoint CVelmor::GetScrollPosition()
+{
+    return CPoint(GetScrollPos(SB_HORZ), GetScrollPos(SB_VERT));
+}
+
+CPoint CVelmor::GetDeviceScrollPosition()
+{
+    return GetScrollPosition();
+}
+
+// Moves the text area's pixels by (dx, dy); the margin stays. The strip
+// uncovered is left to the caller to invalidate.
+void CVelmor::ShiftDisplay(int dx, int dy)
+{
+    if (!m_hWnd)
+        return;
+    CRect rc;
+    GetClientRect(&rc);
+    rc.left = m_nLeftMargin;
+    if (rc.IsRectEmpty())
+        return;
+    CClientDC dc(this);
+    CDC mem;
+    if (!mem.CreateCompatibleDC(&dc))
+        return;
+    CBitmap bitmap;
+    if (!bitmap.CreateCompatibleBitmap(&dc, rc.Width(), rc.Height()))
+        return;
+    CBitmap* pOld = mem.SelectObject(&bitmap);
+    mem.BitBlt(0, 0, rc.Width(), rc.Height(), &dc, m_nLeftMargin, 0, SRCCOPY);
+    // Only the text area may change: the shifted picture is clipped to it.
+    ::IntersectClipRect(dc.m_hDC, rc.left, rc.top, rc.right, rc.bottom);
+    dc.BitBlt(m_nLeftMargin + dx, dy, rc.Width(), rc.Height(), &mem, 0, 0, SRCCOPY);
+    mem.SelectObject(pOld);
+    // What was pending in the moved area moves with it.
+    HRGN hUpdate = ::CreateRectRgn(0, 0, 0, 0);
+    if (hUpdate && ::GetUpdateRgn(m_hWnd, hUpdate, FALSE) > NULLREGION) {
+        ::OffsetRgn(hUpdate, dx, dy);
+        ::InvalidateRgn(m_hWnd, hUpdate, FALSE);
+    }
+    if (hUpdate)
+        ::DeleteObject(hUpdate);
+}
+
+// Positions up to 65535 come in the message; a longer text's thumb gives
+// its full position through the bar's tracking position.
+static UINT ThumbPosition(HWND hWnd, int nBar, UINT nPos)
+{
+    SCROLLINFO si = {};
+    si.cbSize = sizeof si;
+    si.fMask = SIF_TRACKPOS;
+    if (::GetScrollInfo(hWnd, nBar, &si) && ((UINT)si.nTrackPos & 0xFFFF) == (nPos & 0xFFFF))
+        return (UINT)si.nTrackPos;
+    return nPos;
+}
+
+void CVelmor::OnVScroll(UINT nSBCode, UINT nPos, CScrollBar* pScrollBar)
+{
+    DrawCursor(false);
+    const int n = (int)m_Text._GetSize();
+    const int page = VisibleLines(false) * 3 / 4;
+    CRect rc;
+    switch (nSBCode) {
+    case SB_LINEUP:
+        if (m_nFirstLine > 0) {
+            --m_nFirstLine;
+            ShiftDisplay(0, m_nLineHeight);
+            rc = GetLineRect(FirstVisibleLine());
+            InvalidateRect(&rc, TRUE);
+        }
+        break;
+    case SB_LINEDOWN:
+        if (m_nFirstLine < n - VisibleLines(false)) {
+            ++m_nFirstLine;
+            ShiftDisplay(0, -m_nLineHeight);
+            rc = GetLineRect(LastVisibleLine() - 1, LastVisibleLine());
+            InvalidateRect(&rc, TRUE);
+        }
+        break;
+    case SB_PAGEUP:
+        m_nFirstLine = std::max(m_nFirstLine - page, 0);
+        Invalidate(TRUE);
+        break;
+    case SB_PAGEDOWN:
+        m_nFirstLine += page;
+        Invalidate(TRUE);
+        break;
+    case SB_THUMBPOSITION:
+    case SB_THUMBTRACK: {
+        const int pos = (int)std::min<UINT>(pScrollBar ? nPos : ThumbPosition(m_hWnd, SB_VERT, nPos), 0x7FFFFFFF);
+        if (pos != m_nFirstLine) {
+            const int old = m_nFirstLine;
+            m_nFirstLine = std::max(std::min(pos, n), 0);
+            const int d = m_nFirstLine - old;
+            ShiftDisplay(0, -(m_nLineHeight * d));
+            if (d < 1)
+                rc = GetLineRect(m_nFirstLine, old);
+            else
+                rc = GetLineRect(LastVisibleLine() - (d + 1), LastVisibleLine());
+            InvalidateRect(&rc, TRUE);
+        }
+        break;
+    }
+    case SB_TOP:
+        m_nFirstLine = 0;
+        Invalidate(TRUE);
+        break;
+    case SB_BOTTOM:
+        m_nFirstLine = std::max(n - VisibleLines(false), 0);
+        Invalidate(TRUE);
+        break;
+    default:
+        break;
+    }
+    UpdateWindow();
+    SetBarPos(SB_VERT, m_nFirstLine);
+    DrawCursor(true);
+}
+
+void CVelmor::OnHScroll(UINT nSBCode, UINT nPos, CScrollBar* pScrollBar)
+{
+    DrawCursor(false);
+    CRect client;
+    GetClientRect(&client);
+    const int cw = std::max(m_nCharWidth, 1);
+    const int cols = client.Width() / cw;
+    const int page = cols * 3 / 4;
+    const int m = (int)m_Text.m_nMaxLineLen;
+    CRect rc = client;
+    switch (nSBCode) {
+    case SB_LINELEFT:
+        if (m_nFirstCol > 0) {
+            --m_nFirstCol;
+            ShiftDisplay(m_nCharWidth, 0);
+            rc.right = m_nLeftMargin + m_nCharWidth;
+            InvalidateRect(&rc, TRUE);
+        }
+        break;
+    case SB_LINERIGHT:
+        if (m_nFirstCol < m - VisibleColumns()) {
+            ++m_nFirstCol;
+            ShiftDisplay(-m_nCharWidth, 0);
+            rc.left = rc.right - m_nCharWidth;
+            InvalidateRect(&rc, TRUE);
+        }
+        break;
+    case SB_PAGELEFT:
+        m_nFirstCol = std::max(m_nFirstCol - page, 0);
+        Invalidate(TRUE);
+        break;
+    case SB_PAGERIGHT:
+        m_nFirstCol += page;
+        Invalidate(TRUE);
+        break;
+    case SB_THUMBPOSITION:
+    case SB_THUMBTRACK: {
+        int pos = (int)std::min<UINT>(pScrollBar ? nPos : ThumbPosition(m_hWnd, SB_HORZ, nPos), 0x7FFFFFFF);
+        if (pos != m_nFirstCol) {
+            const int limit = m - VisibleColumns();
+            if (pos >= limit)
+                pos = limit;
+            pos = std::max(pos, 0);
+            const int d = pos - m_nFirstCol;
+            m_nFirstCol = pos;
+            ShiftDisplay(-(m_nCharWidth * d), 0);
+            if (d > 0)
+                rc.left = rc.right - d * m_nCharWidth;
+            else
+                rc.right = m_nLeftMargin - d * m_nCharWidth;
+            InvalidateRect(&rc, TRUE);
+        }
+        break;
+    }
+    case SB_LEFT:
+        m_nFirstCol = 0;
+        Invalidate(TRUE);
+        break;
+    case SB_RIGHT:
+        // The position stays; only the picture is refreshed.
+        Invalidate(TRUE);
+        break;
+    default:
+        break;
+    }
+    UpdateWindow();
+    SetBarPos(SB_HORZ, m_nFirstCol);
+    DrawCursor(true);
+}
+
+BOOL CVelmor::OnMouseWheel(UINT nFlags, short zDelta, CPoint pt)
+{
+    if (nFlags & (MK_SHIFT | MK_CONTROL))
+        return FALSE;
+    const DWORD dwStyle = m_hWnd ? GetStyle() : 0;
+    const bool bVert = (dwStyle & WS_VSCROLL) != 0;
+    const bool bHorz = (dwStyle & WS_HSCROLL) != 0;
+    if (!bVert && !bHorz)
+        return FALSE;
+    DrawCursor(false);
+    if (bVert) {
+        // One notch away from the user scrolls up 5 lines; several notches
+        // towards the user scroll down 5 lines in all, several away 5 lines
+        // each.
+        const int notches = ::MulDiv(-zDelta, 1, 120);
+        int lines;
+        if (notches == -1)
+            lines = zDelta > 0 ? -5 : 5;
+        else
+            lines = std::min(notches * 5, 5);
+        const int old = m_nFirstLine;
+        int first = std::max(m_nFirstLine + lines, 0);
+        first = std::min(first, (int)m_Text._GetSize() - VisibleLines(false));
+        m_nFirstLine = first;
+        if (m_nFirstLine != old) {
+            SetBarPos(SB_VERT, m_nFirstLine);
+            Invalidate(TRUE);
+        }
+    }
+    DrawCursor(true);
+    return FALSE;
+}

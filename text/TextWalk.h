@@ -1,0 +1,43 @@
+// Walks over one line of text that the mouse and the caret commands need,
+// free of any window: which column a pointer x falls on (three rules, one
+// per kind of click), where the word around a column starts and ends, and
+// how far a line is indented.
+#pragma once
+#include "../framework/afx.h"
+
+// Widths used to walk a line: the width of each character code 0..255 in
+// the control's font, and the width that stands for every code above.
+struct TextWidths
+{
+    const int* anChar; // 256 entries
+    int nWide;         // the wide-character width (each such character counts half of it)
+};
+
+// A click: widths summed in single precision from the first column; at
+// the first character whose running sum reaches x (sum >= x), the column
+// after it when half its width is strictly less than the distance from
+// its left edge to x, else the column before it; the line's length when
+// no character reaches x. x is relative to the first column's left edge.
+AFX_EXT_API int AFXAPI ClickColumn(const CString& line, int nFirstCol, int x, const TextWidths& widths);
+
+// A drag: the same walk in integers, stopping where the sum passes x
+// (sum > x). Not clamped: the caller clamps to the line under the pointer.
+AFX_EXT_API int AFXAPI DragColumn(const CString& line, int nFirstCol, int x, const TextWidths& widths);
+
+// A double-click: the nearest cell boundary with a fixed cell width,
+// (x + width / 2) / width + first column, clamped to [0, nLength].
+AFX_EXT_API int AFXAPI DoubleClickColumn(int x, int nCharWidth, int nFirstCol, int nLength);
+
+// Word characters: letters and digits of the C locale (isalnum), so "_"
+// and every character above U+007F end a word.
+AFX_EXT_API bool AFXAPI IsWordChar(wchar_t ch);
+
+// The word around column nCol of a line: nStart is found by scanning left
+// from nCol to just after the first non-word character (0 at the line's
+// start), nEnd by scanning right from nCol over word characters. A column
+// on a non-word character gives nStart = nCol + 1 when that character is
+// inside the line (the empty word after it), else the scan continues.
+AFX_EXT_API void AFXAPI WordBounds(const CString& line, int nCol, int& nStart, int& nEnd);
+
+// The number of leading U+0020 spaces (a tab ends the run).
+AFX_EXT_API int AFXAPI LeadingSpaces(const CString& line);
