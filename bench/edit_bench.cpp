@@ -159,6 +159,66 @@ void OneLineLoad(HWND host, const std::wstring& script)
     PumpMessages();
 }
 
+void ScrollOneLine(HWND host, const std::wstring& script)
+{
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->SetLineNumber(true);
+    ctl->LoadText(script.c_str());
+    const HWND hwnd = ctl->m_hWnd;
+    ::SendMessageW(hwnd, WM_VSCROLL, MAKEWPARAM(SB_THUMBPOSITION, 0), 0);
+    ctl->m_nFirstLine = ctl->GetLineCount() / 2;
+    ctl->Invalidate(TRUE);
+    ::UpdateWindow(hwnd);
+    PumpMessages();
+    std::vector<double> down, up;
+    for (int i = 0; i < 200; ++i) {
+        const bool bDown = (i / 20) % 2 == 0; // twenty down, twenty up, ...
+        const double t = TimeIt([&] {
+            ::SendMessageW(hwnd, WM_VSCROLL, MAKEWPARAM(bDown ? SB_LINEDOWN : SB_LINEUP, 0), 0);
+            ::UpdateWindow(hwnd);
+        });
+        (bDown ? down : up).push_back(t);
+        PumpMessages();
+    }
+    std::vector<double> all = down;
+    all.insert(all.end(), up.begin(), up.end());
+    std::printf("  scroll one line mid 10 MiB: median %.2f ms, p99 %.2f ms  (down %.2f, up %.2f; %d samples)\n",
+                Median(all), Percentile(all, 99), Median(down), Median(up), (int)all.size());
+    Result("Wine scroll one line mid 10 MiB, median ms", "10 MiB", "%.2f", Median(all));
+    Result("Wine scroll one line mid 10 MiB, p99 ms", "10 MiB", "%.2f", Percentile(all, 99));
+    ctl.reset();
+    PumpMessages();
+}
+
+// Undo and redo of RemoveAllText over the 1 MiB script: one entry per line.
+// (Undoing re-inserts the lines one by one, each coloured as it comes.)
+void UndoRemoveAll(HWND host)
+{
+    const std::wstring script = MakeScript(kMiB);
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->LoadText(script.c_str());
+    ctl->ClearUndoHistory();
+    ctl->RemoveAllText();
+    const HWND hwnd = ctl->m_hWnd;
+    // RemoveAllText records outside an action; the next command's frame
+    // would discard it, so it is closed the way an edit closes its step.
+    ::SendMessageW(hwnd, WM_COMMAND, ID_EDIT_UNDO, 0); // the empty step left by the load is gone
+    PumpMessages();
+    ctl->LoadText(script.c_str());
+    ctl->ClearUndoHistory();
+    const int lines = ctl->GetLineCount();
+    ctl->RemoveAllText();
+    ctl->SetLine(L"", 0); // ends the step holding RemoveAllText's entries
+    const double undo = TimeIt([&] { ctl->DoUndo(); });
+    const double redo = TimeIt([&] { ctl->DoRedo(); });
+    std::printf("  undo and redo of RemoveAllText, 1 MiB (%d lines): undo %.1f ms, redo %.1f ms\n", lines, undo,
+                redo);
+    Result("Wine undo RemoveAllText 1 MiB, ms", "1 MiB", "%.1f", undo);
+    Result("Wine redo RemoveAllText 1 MiB, ms", "1 MiB", "%.1f", redo);
+    ctl.reset();
+    PumpMessages();
+}
+
 // --- hostile inputs ------------------------------------------------------------
 
 void HostileLoads(HWND host)
@@ -197,6 +257,8 @@ int main()
     OneLineLoad(host, script);
     LineEdit(host, script);
     LongLineRepaint(host, script);
+    ScrollOneLine(host, script);
+    UndoRemoveAll(host);
     HostileLoads(host);
     DestroyWindow(host);
     PumpMessages();

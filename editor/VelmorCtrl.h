@@ -26,6 +26,10 @@ const UINT_PTR VELMOR_TIMER_RUNNINGLINE = 2;
 // Tool id of the value tip.
 const UINT_PTR VELMOR_TIP_TOOL = 1;
 
+// Posted by the control to itself: draw the scroll bars whose range or
+// position changed.
+const UINT WM_VELMOR_DRAWBARS = WM_USER + 0x0B01;
+
 // Resources compiled into the library.
 const UINT IDR_VELMOR_ACCEL = 129;
 
@@ -209,6 +213,7 @@ protected:
     afx_msg void OnRedo();
     afx_msg void OnUpdateUndo(CCmdUI* pCmdUI);
     afx_msg void OnUpdateRedo(CCmdUI* pCmdUI);
+    afx_msg LRESULT OnDrawBars(WPARAM wParam, LPARAM lParam);
 
     DECLARE_MESSAGE_MAP()
 
@@ -294,4 +299,8 @@ private:
     HBITMAP m_hPaintBitmap;
     HGDIOBJ m_hPaintOldBitmap;
     CSize m_szPaint;
+    // Scroll bars waiting to be drawn (1 vertical, 2 horizontal), and
+    // whether the message that draws them is on its way.
+    int m_nBarsDue;
+    bool m_bBarsPosted;
 };

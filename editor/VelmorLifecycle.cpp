@@ -30,6 +30,7 @@ BEGIN_MESSAGE_MAP(CVelmor, CWnd)
     ON_WM_KILLFOCUS()
     ON_WM_SETFOCUS()
     ON_WM_TIMER()
+    ON_MESSAGE(WM_VELMOR_DRAWBARS, &CVelmor::OnDrawBars)
 END_MESSAGE_MAP()
 
 void CVelmor::InitMembers(COLORREF crBackground)
@@ -80,6 +81,8 @@ void CVelmor::InitMembers(COLORREF crBackground)
     m_hPaintBitmap = nullptr;
     m_hPaintOldBitmap = nullptr;
     m_szPaint = CSize(0, 0);
+    m_nBarsDue = 0;
+    m_bBarsPosted = false;
 }
 
 CVelmor::CVelmor()

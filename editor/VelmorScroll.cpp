@@ -63,20 +63,37 @@ void CVelmor::SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos)
     si.nPos = nPos;
     ::SetScrollInfo(m_hWnd, nBar, &si, FALSE);
 
-    // The bar's strip in client coordinates: right of the client area for
-    // the vertical bar, below it for the horizontal one (the corner box
-    // included in both).
+    // Drawn once the messages queued now have been handled: a run of
+    // scroll messages or edits draws the bar once, after the last.
+    m_nBarsDue |= nBar == SB_VERT ? 1 : 2;
+    if (!m_bBarsPosted && ::PostMessageW(m_hWnd, WM_VELMOR_DRAWBARS, 0, 0))
+        m_bBarsPosted = true;
+}
+
+// Invalidates the strips of the bars that changed: right of the client
+// area for the vertical bar, below it for the horizontal one (the corner
+// box included in both). The next paint draws them.
+LRESULT CVelmor::OnDrawBars(WPARAM, LPARAM)
+{
+    m_bBarsPosted = false;
+    const int due = m_nBarsDue;
+    m_nBarsDue = 0;
     CRect rcClient, rcWindow;
     GetClientRect(&rcClient);
     GetWindowRect(&rcWindow);
     ScreenToClient(&rcWindow);
-    CRect rcBar = rcWindow;
-    if (nBar == SB_VERT)
-        rcBar.left = rcClient.right;
-    else
-        rcBar.top = rcClient.bottom;
-    if (!rcBar.IsRectEmpty())
-        ::RedrawWindow(m_hWnd, &rcBar, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
+    for (int nBar : { SB_VERT, SB_HORZ }) {
+        if (!(due & (nBar == SB_VERT ? 1 : 2)))
+            continue;
+        CRect rcBar = rcWindow;
+        if (nBar == SB_VERT)
+            rcBar.left = rcClient.right;
+        else
+            rcBar.top = rcClient.bottom;
+        if (!rcBar.IsRectEmpty())
+            ::RedrawWindow(m_hWnd, &rcBar, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
+    }
+    return 0;
 }
 
 void CVelmor::ScrollToLine(int nLine)
@@ -162,7 +179,10 @@ CPoint CVelmor::GetDeviceScrollPosition()
 }
 
 // Moves the text area's pixels by (dx, dy); the margin stays. The strip
-// uncovered is left to the caller to invalidate.
+// uncovered is left to the caller to invalidate. The window's pixels move
+// on the screen itself (no read-back), what is still waiting to be painted
+// moves with them, and the off-screen picture that painting keeps moves
+// the same way, so that it goes on matching the screen.
 void CVelmor::ShiftDisplay(int dx, int dy)
 {
     if (!m_hWnd)
@@ -172,27 +192,14 @@ void CVelmor::ShiftDisplay(int dx, int dy)
     rc.left = m_nLeftMargin;
     if (rc.IsRectEmpty())
         return;
-    CClientDC dc(this);
-    CDC mem;
-    if (!mem.CreateCompatibleDC(&dc))
-        return;
-    CBitmap bitmap;
-    if (!bitmap.CreateCompatibleBitmap(&dc, rc.Width(), rc.Height()))
-        return;
-    CBitmap* pOld = mem.SelectObject(&bitmap);
-    mem.BitBlt(0, 0, rc.Width(), rc.Height(), &dc, m_nLeftMargin, 0, SRCCOPY);
-    // Only the text area may change: the shifted picture is clipped to it.
-    ::IntersectClipRect(dc.m_hDC, rc.left, rc.top, rc.right, rc.bottom);
-    dc.BitBlt(m_nLeftMargin + dx, dy, rc.Width(), rc.Height(), &mem, 0, 0, SRCCOPY);
-    mem.SelectObject(pOld);
-    // What was pending in the moved area moves with it.
-    HRGN hUpdate = ::CreateRectRgn(0, 0, 0, 0);
-    if (hUpdate && ::GetUpdateRgn(m_hWnd, hUpdate, FALSE) > NULLREGION) {
-        ::OffsetRgn(hUpdate, dx, dy);
-        ::InvalidateRgn(m_hWnd, hUpdate, FALSE);
+    ::ScrollWindowEx(m_hWnd, dx, dy, &rc, &rc, nullptr, nullptr, 0);
+    if (m_hPaintDC) {
+        const int saved = ::SaveDC(m_hPaintDC);
+        ::IntersectClipRect(m_hPaintDC, rc.left, rc.top, rc.right, rc.bottom);
+        ::BitBlt(m_hPaintDC, rc.left + dx, rc.top + dy, rc.Width(), rc.Height(), m_hPaintDC, rc.left, rc.top,
+                 SRCCOPY);
+        ::RestoreDC(m_hPaintDC, saved);
     }
-    if (hUpdate)
-        ::DeleteObject(hUpdate);
 }
 
 // Positions up to 65535 come in the message; a longer text's thumb gives
