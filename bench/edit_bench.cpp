@@ -190,32 +190,35 @@ void ScrollOneLine(HWND host, const std::wstring& script)
     PumpMessages();
 }
 
+// A host's own control class: derived classes may end an undo step
+// themselves, as the control's commands do.
+class StepControl : public CVelmor
+{
+public:
+    using CVelmor::CVelmor;
+    void EndStep() { EndAction(); }
+};
+
 // Undo and redo of RemoveAllText over the 1 MiB script: one entry per line.
 // (Undoing re-inserts the lines one by one, each coloured as it comes.)
 void UndoRemoveAll(HWND host)
 {
     const std::wstring script = MakeScript(kMiB);
-    std::unique_ptr<CVelmor> ctl = CreateControl(host);
-    ctl->LoadText(script.c_str());
-    ctl->ClearUndoHistory();
-    ctl->RemoveAllText();
-    const HWND hwnd = ctl->m_hWnd;
-    // RemoveAllText records outside an action; the next command's frame
-    // would discard it, so it is closed the way an edit closes its step.
-    ::SendMessageW(hwnd, WM_COMMAND, ID_EDIT_UNDO, 0); // the empty step left by the load is gone
+    LOGFONTW lf = LiberationMono10();
+    StepControl ctl(CWnd::FromHandle(host), CRect(10, 10, 10 + kClientW, 10 + kClientH), kControlId, 4, &lf, 0);
+    ctl.LoadText(script.c_str());
+    ctl.ClearUndoHistory();
     PumpMessages();
-    ctl->LoadText(script.c_str());
-    ctl->ClearUndoHistory();
-    const int lines = ctl->GetLineCount();
-    ctl->RemoveAllText();
-    ctl->SetLine(L"", 0); // ends the step holding RemoveAllText's entries
-    const double undo = TimeIt([&] { ctl->DoUndo(); });
-    const double redo = TimeIt([&] { ctl->DoRedo(); });
+    const int lines = ctl.GetLineCount();
+    ctl.RemoveAllText();
+    ctl.EndStep();
+    const double undo = TimeIt([&] { ctl.DoUndo(); });
+    const double redo = TimeIt([&] { ctl.DoRedo(); });
     std::printf("  undo and redo of RemoveAllText, 1 MiB (%d lines): undo %.1f ms, redo %.1f ms\n", lines, undo,
                 redo);
     Result("Wine undo RemoveAllText 1 MiB, ms", "1 MiB", "%.1f", undo);
     Result("Wine redo RemoveAllText 1 MiB, ms", "1 MiB", "%.1f", redo);
-    ctl.reset();
+    ctl.DestroyWindow();
     PumpMessages();
 }
 

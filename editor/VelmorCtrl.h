@@ -282,6 +282,7 @@ private:
     void ExpandLine(const wchar_t* p, int n, CString& buffer);
     void InsertLoadedLine(const wchar_t* p, int n);
     int TextLength() const;
+    void RecolourAll();
     int CaretOffset(CDC* pDC) const;
     bool PreparePaintBuffer(CDC* pDC, CSize size);
     void ReleasePaintBuffer();
@@ -293,6 +294,7 @@ private:
     // when the action ends (m_bScrollPending records that one is due).
     bool m_bInAction;
     bool m_bScrollPending;
+    bool m_bRepaintDue; // the view scrolled inside an action: repaint it all at its end
     // The off-screen picture painting draws into, kept between paints and
     // grown with the window.
     HDC m_hPaintDC;
@@ -303,4 +305,8 @@ private:
     // whether the message that draws them is on its way.
     int m_nBarsDue;
     bool m_bBarsPosted;
+    // While set, a comment delimiter's full recolouring is noted in
+    // m_bRecolourDue and done once by whoever set it.
+    bool m_bDeferRecolour;
+    bool m_bRecolourDue;
 };

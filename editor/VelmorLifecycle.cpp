@@ -77,12 +77,15 @@ void CVelmor::InitMembers(COLORREF crBackground)
     m_strClassName.Format(L"CVelmor::%p", (void*)this);
     m_bInAction = false;
     m_bScrollPending = false;
+    m_bRepaintDue = false;
     m_hPaintDC = nullptr;
     m_hPaintBitmap = nullptr;
     m_hPaintOldBitmap = nullptr;
     m_szPaint = CSize(0, 0);
     m_nBarsDue = 0;
     m_bBarsPosted = false;
+    m_bDeferRecolour = false;
+    m_bRecolourDue = false;
 }
 
 CVelmor::CVelmor()

@@ -17,6 +17,10 @@ void CVelmor::UpdateScrollSizes()
 void CVelmor::ApplyScrollSizes()
 {
     m_bScrollPending = false;
+    if (m_bRepaintDue) {
+        m_bRepaintDue = false;
+        InvalidateAll(TRUE);
+    }
     if (!m_hWnd)
         return;
     // Setting scroll information on a window created without scroll bars
@@ -102,6 +106,12 @@ void CVelmor::ScrollToLine(int nLine)
         return;
     // Negative lines are stored as given; callers pass lines >= 0.
     m_nFirstLine = std::min(nLine, (int)m_Text._GetSize() - 1);
+    if (m_bInAction) {
+        // Inside an edit or an undo step the view is brought up to date
+        // once, when it ends.
+        m_bScrollPending = m_bRepaintDue = true;
+        return;
+    }
     SetBarPos(SB_VERT, m_nFirstLine);
     Invalidate(TRUE);
 }
@@ -123,6 +133,10 @@ void CVelmor::SetBarPos(int nBar, int nPos)
 {
     if (!m_hWnd || !(GetStyle() & (nBar == SB_VERT ? WS_VSCROLL : WS_HSCROLL)))
         return;
+    if (m_bInAction) {
+        m_bScrollPending = true;
+        return;
+    }
     SCROLLINFO si = {};
     si.cbSize = sizeof si;
     si.fMask = SIF_RANGE | SIF_PAGE;
@@ -180,9 +194,10 @@ CPoint CVelmor::GetDeviceScrollPosition()
 
 // Moves the text area's pixels by (dx, dy); the margin stays. The strip
 // uncovered is left to the caller to invalidate. The window's pixels move
-// on the screen itself (no read-back), what is still waiting to be painted
-// moves with them, and the off-screen picture that painting keeps moves
-// the same way, so that it goes on matching the screen.
+// on the screen itself (no read-back), and what is still waiting to be
+// painted moves with them. (The off-screen picture that painting keeps
+// needs no shift: every paint redraws all of its update area there before
+// copying it.)
 void CVelmor::ShiftDisplay(int dx, int dy)
 {
     if (!m_hWnd)
@@ -193,13 +208,6 @@ void CVelmor::ShiftDisplay(int dx, int dy)
     if (rc.IsRectEmpty())
         return;
     ::ScrollWindowEx(m_hWnd, dx, dy, &rc, &rc, nullptr, nullptr, 0);
-    if (m_hPaintDC) {
-        const int saved = ::SaveDC(m_hPaintDC);
-        ::IntersectClipRect(m_hPaintDC, rc.left, rc.top, rc.right, rc.bottom);
-        ::BitBlt(m_hPaintDC, rc.left + dx, rc.top + dy, rc.Width(), rc.Height(), m_hPaintDC, rc.left, rc.top,
-                 SRCCOPY);
-        ::RestoreDC(m_hPaintDC, saved);
-    }
 }
 
 // Positions up to 65535 come in the message; a longer text's thumb gives

@@ -10,12 +10,6 @@ bool HasCommentDelimiter(const CString& s)
     return s.Find(L"/*") >= 0 || s.Find(L"*/") >= 0;
 }
 
-// The control whose LoadText is running. Its whole text is recoloured once
-// when the load ends, so the per-line full recolouring that a comment
-// delimiter triggers is skipped meanwhile: it would be overwritten anyway
-// and makes loading quadratic in the number of such lines.
-thread_local const CVelmor* t_pLoading = nullptr;
-
 } // namespace
 
 // Copies n characters of a line into buffer, tabs expanded to the next tab
@@ -66,7 +60,10 @@ void CVelmor::LoadText(const wchar_t* pszText)
     if (!pszText)
         pszText = L"";
 
-    t_pLoading = this;
+    // The whole text is recoloured once when the load ends: the per-line
+    // full recolouring that a comment delimiter triggers would be
+    // overwritten anyway and makes loading quadratic in such lines.
+    m_bDeferRecolour = true;
     try {
         // Both line tables get their final size at once.
         size_t nFeeds = 0;
@@ -84,11 +81,11 @@ void CVelmor::LoadText(const wchar_t* pszText)
         if (nFeeds == 0)
             InsertLoadedLine(pszText, (int)nChars);
     } catch (...) {
-        t_pLoading = nullptr;
+        m_bDeferRecolour = m_bRecolourDue = false;
         m_bInAction = false;
         throw;
     }
-    t_pLoading = nullptr;
+    m_bDeferRecolour = m_bRecolourDue = false;
 
     m_ptCursor = m_ptAnchor = CPoint(0, 0);
     m_nFirstCol = m_nFirstLine = 0;
@@ -189,8 +186,8 @@ void CVelmor::InsertTextLine(const CString& text, int nLine, bool bUpdate, bool 
     if (!bNoUndo)
         m_CurFrame.AddEntry(UndoEntry{ CString(), LineInserted, nLine, m_ptCursor, m_ptAnchor });
     m_Text._InsertLine(text, nLine, bUpdate);
-    if (t_pLoading != this && HasCommentDelimiter(text))
-        m_Text.FullUpdate();
+    if (HasCommentDelimiter(text))
+        RecolourAll();
     if (bUpdate)
         UpdateScrollSizes();
 }
@@ -215,7 +212,7 @@ void CVelmor::RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate)
         m_CurFrame.AddEntry(UndoEntry{ old, LineRemoved, nLine, m_ptCursor, m_ptAnchor });
     m_Text._RemoveLine(nLine);
     if (HasCommentDelimiter(old))
-        m_Text.FullUpdate();
+        RecolourAll();
     if (bUpdate)
         UpdateScrollSizes();
 }
@@ -228,6 +225,16 @@ void CVelmor::RemoveAllText()
     m_Text._RemoveAll();
     UpdateScrollSizes();
     NotifyParent(EN_CHANGE);
+}
+
+// The full recolouring a comment delimiter calls for; while many lines go
+// in or out at once (a load, an undo step) it is done once at the end.
+void CVelmor::RecolourAll()
+{
+    if (m_bDeferRecolour)
+        m_bRecolourDue = true;
+    else
+        m_Text.FullUpdate();
 }
 
 CString CVelmor::MakeTab(int nColumn)

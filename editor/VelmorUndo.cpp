@@ -103,21 +103,28 @@ void CVelmor::DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& t
     CRect rcInvalid(0, 0, 0, 0);
     ControlTarget target{ *this, rcInvalid };
     // The scroll bars are set once, when the whole step has been replayed.
-    const bool bWasInAction = m_bInAction;
-    m_bInAction = true;
+    // So are the colours, when lines with comment delimiters came or went.
+    const bool bWasInAction = m_bInAction, bWasDeferring = m_bDeferRecolour;
+    m_bInAction = m_bDeferRecolour = true;
+    auto finish = [&] {
+        m_bInAction = bWasInAction;
+        m_bDeferRecolour = bWasDeferring;
+        if (!m_bDeferRecolour && m_bRecolourDue) {
+            m_bRecolourDue = false;
+            m_Text.FullUpdate();
+        }
+        if (!m_bInAction && m_bScrollPending)
+            ApplyScrollSizes();
+    };
     try {
         to.push(ReplayUndoFrame(std::move(frame), target));
     } catch (...) {
-        m_bInAction = bWasInAction;
-        if (!m_bInAction && m_bScrollPending)
-            ApplyScrollSizes();
+        finish();
         DrawCursor(true);
         InvalidateAll(TRUE);
         throw;
     }
-    m_bInAction = bWasInAction;
-    if (!m_bInAction && m_bScrollPending)
-        ApplyScrollSizes();
+    finish();
     DrawCursor(true);
     if (m_hWnd) {
         CRect rcClient;
