@@ -1,0 +1,259 @@
+// Undo and redo as a host and a user reach them: the commands through
+// WM_COMMAND and their menu state through CCmdUI, DoUndo and DoRedo, and a
+// long random run of edits, undos and redos checked against a plain model.
+#include "host.h"
+#include <gtest/gtest.h>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A host's own control class: derived classes may open and close undo
+// steps around the line primitives, as the control's commands do, and set
+// the caret without side effects.
+class StepControl : public CVelmor
+{
+public:
+    using CVelmor::CVelmor;
+    void Begin() { StartAction(); }
+    void End() { EndAction(); }
+    void Place(CPoint caret, CPoint anchor)
+    {
+        _SetCursorPos(caret);
+        _SetAnchorPos(anchor);
+    }
+};
+
+struct Ed
+{
+    HostWindow host;
+    std::unique_ptr<StepControl> ctl;
+    explicit Ed(const wchar_t* text)
+    {
+        LOGFONTW lf = TestFont();
+        ctl.reset(new StepControl(host.wnd(), CRect(0, 0, 600, 400), 5, 4, &lf, 0));
+        ctl->LoadText(text);
+        PumpMessages();
+    }
+    StepControl* operator->() { return ctl.get(); }
+    CString Text()
+    {
+        CString s;
+        ctl->UnloadText(s);
+        return s;
+    }
+    BOOL Enabled(UINT id)
+    {
+        CCmdUI ui;
+        ui.m_nID = id;
+        EXPECT_TRUE(ui.DoUpdate(ctl.get(), TRUE));
+        return ui.m_bEnabled;
+    }
+    void Command(UINT id) { ::SendMessageW(ctl->m_hWnd, WM_COMMAND, id, 0); }
+    int Changes()
+    {
+        int n = 0;
+        for (auto& m : host.notifications)
+            n += m.code == EN_CHANGE;
+        return n;
+    }
+};
+
+} // namespace
+
+// A step that splits a line (a change and an insert) is one undo; the
+// caret comes back to where the step began; redo replays it and puts the
+// caret where undo found it.
+TEST(Undo, StepsUndoAndRedoWithTheCaret)
+{
+    Ed e(L"first\nsecond line\n");
+    e->ClearUndoHistory();
+    EXPECT_FALSE(e.Enabled(ID_EDIT_UNDO));
+    EXPECT_FALSE(e.Enabled(ID_EDIT_REDO));
+
+    e->Place(CPoint(6, 1), CPoint(6, 1));
+    e->Begin();
+    e->SetTextLine(L"second", 1, false, true);
+    e->InsertTextLine(L" line", 2, true, false);
+    e->End();
+    e->Place(CPoint(0, 2), CPoint(0, 2));
+    EXPECT_EQ(CString(L"first\nsecond\n line\n\n"), e.Text());
+    EXPECT_TRUE(e.Enabled(ID_EDIT_UNDO));
+
+    const int changes = e.Changes();
+    e.Command(ID_EDIT_UNDO);
+    EXPECT_EQ(CString(L"first\nsecond line\n\n"), e.Text());
+    EXPECT_EQ(CPoint(6, 1), e->GetCursorPos());
+    EXPECT_EQ(CPoint(6, 1), e->GetAnchorPos());
+    EXPECT_EQ(changes + 1, e.Changes());
+    EXPECT_FALSE(e.Enabled(ID_EDIT_UNDO));
+    EXPECT_TRUE(e.Enabled(ID_EDIT_REDO));
+
+    e.Command(ID_EDIT_REDO);
+    EXPECT_EQ(CString(L"first\nsecond\n line\n\n"), e.Text());
+    EXPECT_EQ(CPoint(0, 2), e->GetCursorPos()); // where the caret stood when undo ran
+    e.Command(ID_EDIT_UNDO);
+
+    // A new edit empties the redo stack.
+    e->SetLine(L"changed", 0);
+    EXPECT_FALSE(e.Enabled(ID_EDIT_REDO));
+    e->DoRedo();
+    EXPECT_EQ(CString(L"changed\nsecond line\n\n"), e.Text());
+
+    // Undo does not look at read-only.
+    e->SetReadOnly(true);
+    e->DoUndo();
+    EXPECT_EQ(CString(L"first\nsecond line\n\n"), e.Text());
+}
+
+// Undo straight after loading removes every loaded line; redo brings them
+// back.
+TEST(Undo, LoadIsTheFirstStep)
+{
+    Ed e(L"a\nb\nc\n");
+    e->DoUndo();
+    EXPECT_EQ(1, e->GetLineCount());
+    EXPECT_EQ(CString(L""), e->GetLine(0));
+    e->DoRedo();
+    EXPECT_EQ(CString(L"a\nb\nc\n\n"), e.Text());
+}
+
+// A long random run: steps of one to four line primitives at random
+// places, undos and redos in between, the caret moved at random. After
+// every undo and redo the text, caret and anchor are the model's; at the
+// end, undoing everything gives back the loaded text byte for byte.
+// VELMOR_SEED=<n> repeats a run.
+TEST(Undo, RandomEditsUndoAndRedoLikeAModel)
+{
+    unsigned seed = 20261123;
+    if (const char* s = std::getenv("VELMOR_SEED"))
+        seed = (unsigned)std::strtoul(s, nullptr, 10);
+    SCOPED_TRACE("seed " + std::to_string(seed) + " (set VELMOR_SEED to repeat)");
+    std::mt19937 rng(seed);
+
+    struct State
+    {
+        std::vector<std::wstring> lines;
+        CPoint caret, anchor;
+    };
+    auto pieceText = [&]() {
+        static const wchar_t* const words[] = { L"x", L"sin", L" = ", L"1.5", L"/*", L"*/", L"// c", L"\"s\"",
+                                                L"variable", L"  " };
+        std::wstring w;
+        const int n = (int)(rng() % 5);
+        for (int i = 0; i < n; ++i)
+            w += words[rng() % (sizeof words / sizeof words[0])];
+        return w;
+    };
+
+    std::wstring original;
+    for (int i = 0; i < 20; ++i)
+        original += pieceText() + L"\n";
+    Ed e(original.c_str());
+    e->ClearUndoHistory();
+
+    State model;
+    for (int i = 0; i < e->GetLineCount(); ++i)
+        model.lines.push_back(std::wstring(e->GetLine(i).GetString()));
+    const std::vector<std::wstring> loaded = model.lines;
+    std::vector<State> undo, redo;
+
+    auto check = [&](int op) {
+        ASSERT_EQ((int)model.lines.size(), e->GetLineCount()) << "operation " << op;
+        for (size_t i = 0; i < model.lines.size(); ++i) {
+            const CString line = e->GetLine((int)i);
+            ASSERT_TRUE(CString(model.lines[i].c_str()) == line)
+                << "operation " << op << ", line " << i << ": model \""
+                << std::string(model.lines[i].begin(), model.lines[i].end()) << "\", control \""
+                << std::string(line.GetString(), line.GetString() + line.GetLength()) << "\"";
+        }
+        ASSERT_EQ(model.caret, e->GetCursorPos()) << "operation " << op;
+        ASSERT_EQ(model.anchor, e->GetAnchorPos()) << "operation " << op;
+    };
+    auto randomPlace = [&]() {
+        const int n = (int)model.lines.size();
+        model.caret = CPoint((int)(rng() % 8), (int)(rng() % (unsigned)n));
+        model.anchor = rng() % 2 ? model.caret : CPoint((int)(rng() % 8), (int)(rng() % (unsigned)n));
+        e->Place(model.caret, model.anchor);
+    };
+
+    int op = 0;
+    while (op < 100000) {
+        const unsigned what = rng() % 10;
+        randomPlace();
+        if (what < 6) {
+            // One step of line primitives.
+            State before = model;
+            bool recorded = false;
+            e->Begin();
+            const int count = 1 + (int)(rng() % 4);
+            for (int k = 0; k < count; ++k, ++op) {
+                const int n = (int)model.lines.size();
+                const unsigned kind = rng() % 3;
+                if (kind == 0 || n < 3) {
+                    // An index past the end appends.
+                    const int at = (int)(rng() % (unsigned)(n + 3));
+                    const std::wstring t = pieceText();
+                    e->InsertTextLine(CString(t.c_str()), at, rng() % 2 == 0, false);
+                    model.lines.insert(model.lines.begin() + std::min(at, n), t);
+                    recorded = true;
+                } else if (kind == 1) {
+                    // Past the end: nothing happens and nothing is recorded.
+                    const int at = (int)(rng() % (unsigned)(n + 1));
+                    e->RemoveTextLine(at, false, rng() % 2 == 0);
+                    if (at < n) {
+                        model.lines.erase(model.lines.begin() + at);
+                        recorded = true;
+                    }
+                } else {
+                    const int at = (int)(rng() % (unsigned)n);
+                    const std::wstring t = pieceText();
+                    e->SetTextLine(CString(t.c_str()), at, false, rng() % 2 == 0);
+                    model.lines[(size_t)at] = t;
+                    recorded = true;
+                }
+            }
+            e->End();
+            // Every step empties the redo history, even one that changed
+            // nothing; only a step that changed something can be undone.
+            redo.clear();
+            if (recorded)
+                undo.push_back(before);
+        } else if (what < 8) {
+            ++op;
+            e->DoUndo();
+            if (!undo.empty()) {
+                redo.push_back(model);
+                model = undo.back();
+                undo.pop_back();
+            }
+            check(op);
+        } else {
+            ++op;
+            e->DoRedo();
+            if (!redo.empty()) {
+                undo.push_back(model);
+                model = redo.back();
+                redo.pop_back();
+            }
+            check(op);
+        }
+        if (HasFatalFailure())
+            return;
+    }
+    while (!undo.empty()) {
+        e->DoUndo();
+        model = undo.back();
+        undo.pop_back();
+    }
+    e->DoUndo(); // nothing left: no change
+    ASSERT_EQ(loaded.size(), (size_t)e->GetLineCount());
+    for (size_t i = 0; i < loaded.size(); ++i)
+        ASSERT_EQ(CString(loaded[i].c_str()), e->GetLine((int)i));
+    CString back;
+    e->UnloadText(back);
+    EXPECT_EQ(CString(original.c_str()) + L"\n", back);
+}
