@@ -3,6 +3,7 @@
 // bringing a line or the caret into view.
 #include "VelmorCtrl.h"
 #include <algorithm>
+#include <cstdlib>
 
 void CVelmor::UpdateScrollSizes()
 {
@@ -194,8 +195,7 @@ CPoint CVelmor::GetDeviceScrollPosition()
 
 // Moves the text area's pixels by (dx, dy); the margin stays. The strip
 // uncovered is left to the caller to invalidate. The window's pixels move
-// on the screen itself (no read-back), and what is still waiting to be
-// painted moves with them. (The off-screen picture that painting keeps
+// on the screen itself (no read-back). (The off-screen picture that painting keeps
 // needs no shift: every paint redraws all of its update area there before
 // copying it.)
 void CVelmor::ShiftDisplay(int dx, int dy)
@@ -204,10 +204,37 @@ void CVelmor::ShiftDisplay(int dx, int dy)
         return;
     CRect rc;
     GetClientRect(&rc);
-    rc.left = m_nLeftMargin;
+    // A vertical shift moves the margin with its lines (their numbers and
+    // marks go with them); a horizontal one leaves the margin in place.
+    if (dx != 0)
+        rc.left = m_nLeftMargin;
     if (rc.IsRectEmpty())
         return;
-    ::ScrollWindowEx(m_hWnd, dx, dy, &rc, &rc, nullptr, nullptr, 0);
+    // The execution arrow's tip reaches a pixel into the text area: where
+    // it stood and where a horizontal shift takes it are painted again.
+    if (dx != 0 && m_bLineNumber && m_nBreakLine >= 1) {
+        CRect tip = GetLineRect(m_nBreakLine - 1);
+        tip.left = m_nLeftMargin - 1;
+        tip.right = m_nLeftMargin + 2 + std::abs(dx);
+        InvalidateRect(&tip, FALSE);
+    }
+    // The pixels move within the window's own surface, and nothing is
+    // invalidated here: the caller names the strip that needs painting.
+    CClientDC dc(this);
+    ::ScrollDC(dc.m_hDC, dx, dy, &rc, &rc, nullptr, nullptr);
+    // What was already waiting to be painted in the text area moves too.
+    HRGN hUpdate = ::CreateRectRgn(0, 0, 0, 0);
+    if (hUpdate && ::GetUpdateRgn(m_hWnd, hUpdate, FALSE) > NULLREGION) {
+        HRGN hText = ::CreateRectRgnIndirect(&rc);
+        if (hText) {
+            ::CombineRgn(hUpdate, hUpdate, hText, RGN_AND);
+            ::OffsetRgn(hUpdate, dx, dy);
+            ::InvalidateRgn(m_hWnd, hUpdate, FALSE);
+            ::DeleteObject(hText);
+        }
+    }
+    if (hUpdate)
+        ::DeleteObject(hUpdate);
 }
 
 // Positions up to 65535 come in the message; a longer text's thumb gives
