@@ -362,3 +362,26 @@ TEST(Mouse, GoToLineAndWordOnCursor)
     EXPECT_EQ(CPoint(0, 3), e->GetCursorPos());
     EXPECT_EQ(3, e->m_nFirstLine);
 }
+
+// The caret stands where the text starts even when it was placed before
+// the first paint set the margin's width (compact mode, line numbers).
+TEST(Mouse, CaretFollowsTheMarginOfTheFirstPaint)
+{
+    for (BYTE compact : { (BYTE)0, (BYTE)1 }) {
+        HostWindow host;
+        LOGFONTW lf = TestFont();
+        std::unique_ptr<CVelmor> c(new CVelmor(host.wnd(), CRect(0, 0, 400, 200), 3, 4, &lf, compact));
+        c->SetLineNumber(true);
+        c->LoadText(L"abc\n");
+        c->m_bNoFrame = compact != 0;
+        c->SetFocus();
+        c->SetCursorPos(CPoint(0, 0));
+        ::InvalidateRect(c->m_hWnd, nullptr, FALSE);
+        ::UpdateWindow(c->m_hWnd);
+        PumpMessages();
+        POINT pt;
+        ASSERT_TRUE(::GetCaretPos(&pt));
+        EXPECT_EQ(c->m_nLeftMargin, pt.x) << (compact ? "compact" : "framed");
+        EXPECT_EQ(42, c->m_nLeftMargin);
+    }
+}
