@@ -25,6 +25,13 @@ public:
         _SetCursorPos(caret);
         _SetAnchorPos(anchor);
     }
+    void DeleteSelection() { RemoveSelected(); }
+    CString WordAtCaret()
+    {
+        CString w;
+        StringOnCursor(w);
+        return w;
+    }
 };
 
 struct Ed
@@ -107,6 +114,42 @@ TEST(Undo, StepsUndoAndRedoWithTheCaret)
     e->SetReadOnly(true);
     e->DoUndo();
     EXPECT_EQ(CString(L"first\nsecond line\n\n"), e.Text());
+}
+
+// Deleting a selection on one line and across lines, either end first,
+// as one undoable step; the word at the caret.
+TEST(Undo, SelectionDeletesAsOneStep)
+{
+    Ed e(L"alpha beta\ngamma\ndelta epsilon\nzeta\n");
+    e->ClearUndoHistory();
+    e->Place(CPoint(2, 0), CPoint(8, 0)); // within one line, caret first
+    e->Begin();
+    e->DeleteSelection();
+    e->End();
+    EXPECT_EQ(CString(L"alta\ngamma\ndelta epsilon\nzeta\n\n"), e.Text());
+    EXPECT_EQ(CPoint(2, 0), e->GetCursorPos());
+    EXPECT_EQ(CPoint(2, 0), e->GetAnchorPos());
+
+    e->Place(CPoint(3, 2), CPoint(1, 0)); // across lines, caret below the anchor
+    e->Begin();
+    e->DeleteSelection();
+    e->End();
+    EXPECT_EQ(CString(L"ata epsilon\nzeta\n\n"), e.Text());
+    EXPECT_EQ(CPoint(1, 0), e->GetCursorPos());
+
+    e->DoUndo();
+    EXPECT_EQ(CString(L"alta\ngamma\ndelta epsilon\nzeta\n\n"), e.Text());
+    EXPECT_EQ(CPoint(3, 2), e->GetCursorPos());
+    EXPECT_EQ(CPoint(1, 0), e->GetAnchorPos());
+    e->DoUndo();
+    EXPECT_EQ(CString(L"alpha beta\ngamma\ndelta epsilon\nzeta\n\n"), e.Text());
+
+    e->Place(CPoint(8, 2), CPoint(8, 2));
+    EXPECT_EQ(CString(L"epsilon"), e->WordAtCaret());
+    e->Place(CPoint(5, 2), CPoint(5, 2)); // on the space
+    EXPECT_EQ(CString(L""), e->WordAtCaret());
+    e->Place(CPoint(4, 3), CPoint(4, 3)); // just after "zeta"
+    EXPECT_EQ(CString(L"zeta"), e->WordAtCaret());
 }
 
 // Undo straight after loading removes every loaded line; redo brings them
