@@ -1,60 +1,24 @@
 // velmor-demo: a host application that embeds the Velmor control the way a
 // customer's program does. A plain Win32 main window (no framework of its
-// own) with File, View and Debug menus; the control fills the client area.
+// own) with File, Edit, View and Debug menus; the control fills the client
+// area. The tour is in tour.cpp, the Go To Line dialog in gotoline.cpp.
 //
 //   velmor-demo.exe [script]            opens a window
 //   velmor-demo.exe --tour <dir> [script]  plays a short scripted tour,
 //                                        writes a PNG of each screen into
 //                                        <dir>, prints the paths and exits
-#include "editor/VelmorCtrl.h"
-#include "screenshot.h"
+#include "app.h"
+#include "gotoline.h"
 #include <commdlg.h>
-#include <memory>
-#include <string>
-#include <vector>
+
+App g_app;
 
 namespace {
-
-enum Command : UINT
-{
-    ID_FILE_OPEN = 1001,
-    ID_FILE_SAVE,
-    ID_FILE_SAVEAS,
-    ID_FILE_EXIT,
-    ID_VIEW_LINENUMBERS = 1101,
-    ID_VIEW_COMPACT,
-    ID_VIEW_READONLY,
-    ID_VIEW_FONT_8,
-    ID_VIEW_FONT_10,
-    ID_VIEW_FONT_12,
-    ID_VIEW_FONT_14,
-    ID_DEBUG_TOGGLEBREAK = 1201,
-    ID_DEBUG_SETEXEC,
-    ID_DEBUG_STEP,
-    ID_DEBUG_CLEAREXEC,
-    ID_DEBUG_DISABLEBREAKS,
-};
 
 const int kEditorId = 100;
 const int kCompactInset = 24;
 const COLORREF kPatternA = RGB(250, 226, 170);
 const COLORREF kPatternB = RGB(196, 220, 250);
-
-struct App
-{
-    HWND hwnd = nullptr;
-    HMENU menu = nullptr;
-    std::unique_ptr<CVelmor> editor;
-    std::wstring path;
-    bool modified = false;
-    bool lineNumbers = true;
-    bool compact = false;
-    bool readOnly = false;
-    bool breaksDisabled = false;
-    int fontSize = 100; // tenths of a point
-};
-
-App g_app;
 
 // ---------------------------------------------------------------------------
 // Files: UTF-8 on disk, UTF-16 in the control.
@@ -98,15 +62,6 @@ bool WriteFileText(const std::wstring& path, const CString& text)
     return ok && put == bytes.size();
 }
 
-std::wstring SampleScriptPath()
-{
-    wchar_t exe[MAX_PATH];
-    GetModuleFileNameW(nullptr, exe, MAX_PATH);
-    std::wstring dir(exe);
-    dir.erase(dir.find_last_of(L"\\/") + 1);
-    return dir + L"samples\\sample.sl";
-}
-
 // ---------------------------------------------------------------------------
 // The editor
 
@@ -132,13 +87,16 @@ void LoadIntoEditor(const CString& text)
     // Loading resets the control, and a reset ends compact mode: a compact
     // host turns it back on after each load.
     g_app.editor->m_bNoFrame = g_app.compact;
+    // A fresh file has nothing to undo (the control would offer to undo the
+    // load itself).
     g_app.editor->ClearUndoHistory();
     g_app.modified = false;
     UpdateTitle();
 }
 
 // Compact mode is chosen when the control is created: switching it makes a
-// new control that takes over the text, breakpoints and settings.
+// new control that takes over the text, breakpoints and settings (not the
+// undo history).
 void CreateEditor(const CString& text)
 {
     CArray<char, char> breaks;
@@ -155,7 +113,10 @@ void CreateEditor(const CString& text)
 
     g_app.editor = std::make_unique<CVelmor>(CWnd::FromHandle(g_app.hwnd), EditorRect(), kEditorId, 4,
                                              g_app.fontSize, L"Courier New", (BYTE)g_app.compact);
+    const bool modified = g_app.modified;
     LoadIntoEditor(text);
+    g_app.modified = modified;
+    UpdateTitle();
     g_app.editor->SetLineNumber(g_app.lineNumbers);
     g_app.editor->LockEditor(g_app.readOnly);
     g_app.editor->EnableBreaks(!g_app.breaksDisabled);
@@ -193,6 +154,23 @@ void SetChecks()
         check(id, g_app.fontSize == (int)(80 + 20 * (id - ID_VIEW_FONT_8)));
 }
 
+// The edit commands the control itself handles (copy ... redo): their
+// menu items are enabled by the control's update handlers.
+bool IsControlCommand(UINT id)
+{
+    return id >= ID_EDIT_COPY && id <= ID_EDIT_REDO;
+}
+
+// Asks the control whether it would run a command now, as its menu item
+// would show it.
+bool ControlCommandEnabled(UINT id)
+{
+    CCmdUI state;
+    state.m_nID = id;
+    state.DoUpdate(g_app.editor.get(), TRUE);
+    return state.m_bEnabled != FALSE;
+}
+
 // ---------------------------------------------------------------------------
 // Commands
 
@@ -215,19 +193,6 @@ bool AskPath(bool save, std::wstring& path)
     return true;
 }
 
-void OpenFile(const std::wstring& path)
-{
-    std::wstring text;
-    if (!ReadFileText(path, text)) {
-        MessageBoxW(g_app.hwnd, (L"Cannot read " + path).c_str(), L"Velmor demo", MB_ICONERROR);
-        return;
-    }
-    g_app.path = path;
-    g_app.editor->DeleteAllBreaks();
-    g_app.editor->SetBreakLine(-1);
-    LoadIntoEditor(text.c_str());
-}
-
 void Save(bool askPath)
 {
     std::wstring path = g_app.path;
@@ -242,6 +207,33 @@ void Save(bool askPath)
     UpdateTitle();
 }
 
+// Puts "// " before the caret line's text, or takes a leading "//" (and the
+// space after it) away: one undoable step through SetLine.
+void ToggleComment()
+{
+    CVelmor& ed = *g_app.editor;
+    const int n = ed.GetCurLine();
+    CString line = ed.GetLine(n);
+    int indent = 0;
+    while (indent < line.GetLength() && line[indent] == L' ')
+        ++indent;
+    if (line.Mid(indent, 2) == L"//")
+        line.Delete(indent, indent + 2 < line.GetLength() && line[indent + 2] == L' ' ? 3 : 2);
+    else
+        line.Insert(indent, L"// ");
+    ed.SetLine(line, n);
+}
+
+void GoToLine()
+{
+    CVelmor& ed = *g_app.editor;
+    int line = ed.GetCurLine() + 1;
+    if (!AskLineNumber(g_app.hwnd, ed.GetLineCount(), line))
+        return;
+    ed.SetFocus();
+    ed.GoToLine(line - 1);
+}
+
 void ToggleBreakpoint(int line)
 {
     CVelmor& ed = *g_app.editor;
@@ -250,9 +242,168 @@ void ToggleBreakpoint(int line)
     ed.RefreshLineNum(TRUE);
 }
 
+HMENU BuildMenu()
+{
+    HMENU file = CreatePopupMenu();
+    AppendMenuW(file, MF_STRING, ID_FILE_OPEN, L"&Open...");
+    AppendMenuW(file, MF_STRING, ID_FILE_SAVE, L"&Save");
+    AppendMenuW(file, MF_STRING, ID_FILE_SAVEAS, L"Save &As...");
+    AppendMenuW(file, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(file, MF_STRING, ID_FILE_EXIT, L"E&xit");
+    HMENU edit = CreatePopupMenu();
+    AppendMenuW(edit, MF_STRING, ID_EDIT_UNDO, L"&Undo\tCtrl+Z");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_REDO, L"&Redo");
+    AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(edit, MF_STRING, ID_EDIT_TOGGLECOMMENT, L"Toggle &comment on the caret line");
+    AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(edit, MF_STRING, ID_EDIT_GOTOLINE, L"&Go To Line...\tCtrl+G");
+    HMENU font = CreatePopupMenu();
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_8, L"8 pt");
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_10, L"10 pt");
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_12, L"12 pt");
+    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_14, L"14 pt");
+    HMENU view = CreatePopupMenu();
+    AppendMenuW(view, MF_STRING, ID_VIEW_LINENUMBERS, L"&Line numbers");
+    AppendMenuW(view, MF_STRING, ID_VIEW_COMPACT, L"&Compact mode");
+    AppendMenuW(view, MF_STRING, ID_VIEW_READONLY, L"&Read-only");
+    AppendMenuW(view, MF_POPUP, (UINT_PTR)font, L"&Font size");
+    HMENU debug = CreatePopupMenu();
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_TOGGLEBREAK, L"Toggle &breakpoint on the caret line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_SETEXEC, L"Make the caret line the &execution line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_STEP, L"&Step to the next line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_CLEAREXEC, L"&Clear the execution line");
+    AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_DISABLEBREAKS, L"&Disable breakpoints");
+    HMENU bar = CreateMenu();
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)file, L"&File");
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)edit, L"&Edit");
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)view, L"&View");
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)debug, L"&Debug");
+    return bar;
+}
+
+// Ctrl+Z and Ctrl+G for a control that does not translate its own keys: the
+// control's accelerators come first (AfxPreTranslateMessage in the loop).
+HACCEL BuildAccelerators()
+{
+    ACCEL keys[] = {
+        { FVIRTKEY | FCONTROL, 'Z', (WORD)ID_EDIT_UNDO },
+        { FVIRTKEY | FCONTROL, 'G', (WORD)ID_EDIT_GOTOLINE },
+    };
+    return CreateAcceleratorTableW(keys, (int)(sizeof keys / sizeof keys[0]));
+}
+
+void PaintPattern(HDC dc)
+{
+    RECT rc;
+    GetClientRect(g_app.hwnd, &rc);
+    HBRUSH a = CreateSolidBrush(kPatternA), b = CreateSolidBrush(kPatternB);
+    FillRect(dc, &rc, a);
+    // Diagonal stripes show that the compact control is see-through.
+    for (int x = -rc.bottom; x < rc.right; x += 24) {
+        for (int y = 0; y < rc.bottom; y += 4) {
+            RECT cell = { x + y, y, x + y + 12, y + 4 };
+            FillRect(dc, &cell, b);
+        }
+    }
+    DeleteObject(a);
+    DeleteObject(b);
+}
+
+LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
+{
+    switch (msg) {
+    case WM_SIZE:
+        if (g_app.editor && g_app.editor->m_hWnd)
+            g_app.editor->MoveWindow(EditorRect());
+        return 0;
+    case WM_ERASEBKGND:
+        if (g_app.compact) {
+            PaintPattern((HDC)wParam);
+            return 1;
+        }
+        break;
+    case WM_SETFOCUS:
+        if (g_app.editor)
+            g_app.editor->SetFocus();
+        return 0;
+    case WM_INITMENUPOPUP:
+        if (!HIWORD(lParam))
+            UpdateMenuItems((HMENU)wParam);
+        return 0;
+    case WM_COMMAND:
+        if (lParam && LOWORD(wParam) == kEditorId) {
+            if (HIWORD(wParam) == EN_CHANGE && !g_app.modified && g_app.editor) {
+                g_app.modified = true;
+                UpdateTitle();
+            }
+            return 0;
+        }
+        if (!lParam) {
+            OnCommand(LOWORD(wParam));
+            return 0;
+        }
+        break;
+    case WM_DESTROY:
+        g_app.editor.reset();
+        PostQuitMessage(0);
+        return 0;
+    }
+    return DefWindowProcW(hwnd, msg, wParam, lParam);
+}
+
+} // namespace
+
+std::wstring SamplePath(const wchar_t* name)
+{
+    wchar_t exe[MAX_PATH];
+    GetModuleFileNameW(nullptr, exe, MAX_PATH);
+    std::wstring dir(exe);
+    dir.erase(dir.find_last_of(L"\\/") + 1);
+    return dir + L"samples\\" + name;
+}
+
+bool OpenFile(const std::wstring& path)
+{
+    std::wstring text;
+    if (!ReadFileText(path, text)) {
+        MessageBoxW(g_app.hwnd, (L"Cannot read " + path).c_str(), L"Velmor demo", MB_ICONERROR);
+        return false;
+    }
+    g_app.path = path;
+    g_app.editor->DeleteAllBreaks();
+    g_app.editor->SetBreakLine(-1);
+    LoadIntoEditor(text.c_str());
+    return true;
+}
+
+void UpdateMenuItems(HMENU popup)
+{
+    const int n = GetMenuItemCount(popup);
+    for (int i = 0; i < n; ++i) {
+        const UINT id = GetMenuItemID(popup, i);
+        if (IsControlCommand(id) && g_app.editor) {
+            CCmdUI item;
+            item.m_nID = id;
+            item.m_hMenu = popup;
+            item.m_nIndex = (UINT)i;
+            item.DoUpdate(g_app.editor.get(), TRUE);
+        } else if (id == ID_EDIT_TOGGLECOMMENT) {
+            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (g_app.readOnly ? MF_GRAYED : MF_ENABLED));
+        }
+    }
+}
+
 void OnCommand(UINT id)
 {
     CVelmor& ed = *g_app.editor;
+    if (IsControlCommand(id)) {
+        // A key can ask for a command its menu item would show greyed; the
+        // control would still notify a change, so ask it first.
+        if (ControlCommandEnabled(id))
+            ed.SendMessage(WM_COMMAND, MAKEWPARAM(id, 0), 0);
+        return;
+    }
     switch (id) {
     case ID_FILE_OPEN: {
         std::wstring path = g_app.path;
@@ -263,6 +414,11 @@ void OnCommand(UINT id)
     case ID_FILE_SAVE: Save(false); break;
     case ID_FILE_SAVEAS: Save(true); break;
     case ID_FILE_EXIT: DestroyWindow(g_app.hwnd); return;
+    case ID_EDIT_TOGGLECOMMENT:
+        if (!g_app.readOnly)
+            ToggleComment();
+        break;
+    case ID_EDIT_GOTOLINE: GoToLine(); break;
     case ID_VIEW_LINENUMBERS:
         g_app.lineNumbers = !g_app.lineNumbers;
         ed.SetLineNumber(g_app.lineNumbers);
@@ -302,93 +458,6 @@ void OnCommand(UINT id)
     SetChecks();
 }
 
-HMENU BuildMenu()
-{
-    HMENU file = CreatePopupMenu();
-    AppendMenuW(file, MF_STRING, ID_FILE_OPEN, L"&Open...");
-    AppendMenuW(file, MF_STRING, ID_FILE_SAVE, L"&Save");
-    AppendMenuW(file, MF_STRING, ID_FILE_SAVEAS, L"Save &As...");
-    AppendMenuW(file, MF_SEPARATOR, 0, nullptr);
-    AppendMenuW(file, MF_STRING, ID_FILE_EXIT, L"E&xit");
-    HMENU font = CreatePopupMenu();
-    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_8, L"8 pt");
-    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_10, L"10 pt");
-    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_12, L"12 pt");
-    AppendMenuW(font, MF_STRING, ID_VIEW_FONT_14, L"14 pt");
-    HMENU view = CreatePopupMenu();
-    AppendMenuW(view, MF_STRING, ID_VIEW_LINENUMBERS, L"&Line numbers");
-    AppendMenuW(view, MF_STRING, ID_VIEW_COMPACT, L"&Compact mode");
-    AppendMenuW(view, MF_STRING, ID_VIEW_READONLY, L"&Read-only");
-    AppendMenuW(view, MF_POPUP, (UINT_PTR)font, L"&Font size");
-    HMENU debug = CreatePopupMenu();
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_TOGGLEBREAK, L"Toggle &breakpoint on the caret line");
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_SETEXEC, L"Make the caret line the &execution line");
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_STEP, L"&Step to the next line");
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_CLEAREXEC, L"&Clear the execution line");
-    AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_DISABLEBREAKS, L"&Disable breakpoints");
-    HMENU bar = CreateMenu();
-    AppendMenuW(bar, MF_POPUP, (UINT_PTR)file, L"&File");
-    AppendMenuW(bar, MF_POPUP, (UINT_PTR)view, L"&View");
-    AppendMenuW(bar, MF_POPUP, (UINT_PTR)debug, L"&Debug");
-    return bar;
-}
-
-void PaintPattern(HDC dc)
-{
-    RECT rc;
-    GetClientRect(g_app.hwnd, &rc);
-    HBRUSH a = CreateSolidBrush(kPatternA), b = CreateSolidBrush(kPatternB);
-    FillRect(dc, &rc, a);
-    // Diagonal stripes show that the compact control is see-through.
-    for (int x = -rc.bottom; x < rc.right; x += 24) {
-        for (int y = 0; y < rc.bottom; y += 4) {
-            RECT cell = { x + y, y, x + y + 12, y + 4 };
-            FillRect(dc, &cell, b);
-        }
-    }
-    DeleteObject(a);
-    DeleteObject(b);
-}
-
-LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
-{
-    switch (msg) {
-    case WM_SIZE:
-        if (g_app.editor && g_app.editor->m_hWnd)
-            g_app.editor->MoveWindow(EditorRect());
-        return 0;
-    case WM_ERASEBKGND:
-        if (g_app.compact) {
-            PaintPattern((HDC)wParam);
-            return 1;
-        }
-        break;
-    case WM_SETFOCUS:
-        if (g_app.editor)
-            g_app.editor->SetFocus();
-        return 0;
-    case WM_COMMAND:
-        if (lParam && LOWORD(wParam) == kEditorId) {
-            if (HIWORD(wParam) == EN_CHANGE && !g_app.modified && g_app.editor) {
-                g_app.modified = true;
-                UpdateTitle();
-            }
-            return 0;
-        }
-        if (!lParam) {
-            OnCommand(LOWORD(wParam));
-            return 0;
-        }
-        break;
-    case WM_DESTROY:
-        g_app.editor.reset();
-        PostQuitMessage(0);
-        return 0;
-    }
-    return DefWindowProcW(hwnd, msg, wParam, lParam);
-}
-
 void Pump()
 {
     MSG msg;
@@ -401,50 +470,6 @@ void Pump()
     }
 }
 
-// Plays the scripted tour and writes one PNG per screen.
-int Tour(const std::wstring& dir)
-{
-    CreateDirectoryW(dir.c_str(), nullptr);
-    std::vector<std::wstring> written;
-    auto shot = [&](const wchar_t* name) {
-        Pump();
-        std::wstring path = dir + L"\\" + name;
-        if (SaveWindowPng(g_app.hwnd, path))
-            written.push_back(path);
-    };
-    CVelmor* ed = g_app.editor.get();
-    // Breakpoints: a plain one, one on the execution line; a selection.
-    ed->SetBreakLine(8, 1);
-    ed->SetBreakLine(13, 1);
-    ed->SetBreakLine(14);
-    ed->SetSelection(4, 20, 14, 21);
-    shot(L"01-breakpoints.png");
-
-    // Breakpoints disabled; the execution line on a line without one.
-    OnCommand(ID_DEBUG_DISABLEBREAKS);
-    ed->SetBreakLine(19);
-    ed->SetSelection(0, 0, 0, 0);
-    shot(L"02-disabled-breakpoints.png");
-
-    OnCommand(ID_DEBUG_DISABLEBREAKS);
-    OnCommand(ID_VIEW_READONLY);
-    shot(L"03-read-only.png");
-    OnCommand(ID_VIEW_READONLY);
-
-    OnCommand(ID_VIEW_COMPACT);
-    shot(L"04-compact.png");
-
-    for (auto& p : written) {
-        wchar_t full[MAX_PATH];
-        GetFullPathNameW(p.c_str(), MAX_PATH, full, nullptr);
-        wprintf(L"%ls\n", full);
-    }
-    fflush(stdout);
-    return written.size() == 4 ? 0 : 1;
-}
-
-} // namespace
-
 int wmain(int argc, wchar_t** argv)
 {
     std::wstring tourDir, file;
@@ -456,7 +481,7 @@ int wmain(int argc, wchar_t** argv)
             file = a;
     }
     if (file.empty())
-        file = SampleScriptPath();
+        file = SamplePath(L"sample.sl");
 
     WNDCLASSW wc = {};
     wc.lpfnWndProc = MainProc;
@@ -480,13 +505,17 @@ int wmain(int argc, wchar_t** argv)
         return rc;
     }
 
+    HACCEL accel = BuildAccelerators();
     MSG msg;
     while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
         // Lets the control translate its keyboard accelerators.
         if (AfxPreTranslateMessage(&msg))
             continue;
+        if (accel && TranslateAcceleratorW(g_app.hwnd, accel, &msg))
+            continue;
         TranslateMessage(&msg);
         DispatchMessageW(&msg);
     }
+    DestroyAcceleratorTable(accel);
     return (int)msg.wParam;
 }

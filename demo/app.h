@@ -1,0 +1,61 @@
+// velmor-demo: what the host's parts share — its command ids, its one
+// window and control, and the commands the menus and the tour run.
+#pragma once
+#include "editor/VelmorCtrl.h"
+#include <memory>
+#include <string>
+
+enum Command : UINT
+{
+    ID_FILE_OPEN = 1001,
+    ID_FILE_SAVE,
+    ID_FILE_SAVEAS,
+    ID_FILE_EXIT,
+    ID_EDIT_TOGGLECOMMENT = 1051,
+    ID_EDIT_GOTOLINE,
+    ID_VIEW_LINENUMBERS = 1101,
+    ID_VIEW_COMPACT,
+    ID_VIEW_READONLY,
+    ID_VIEW_FONT_8,
+    ID_VIEW_FONT_10,
+    ID_VIEW_FONT_12,
+    ID_VIEW_FONT_14,
+    ID_DEBUG_TOGGLEBREAK = 1201,
+    ID_DEBUG_SETEXEC,
+    ID_DEBUG_STEP,
+    ID_DEBUG_CLEAREXEC,
+    ID_DEBUG_DISABLEBREAKS,
+};
+
+struct App
+{
+    HWND hwnd = nullptr;
+    HMENU menu = nullptr;
+    std::unique_ptr<CVelmor> editor;
+    std::wstring path;
+    bool modified = false;
+    bool lineNumbers = true;
+    bool compact = false;
+    bool readOnly = false;
+    bool breaksDisabled = false;
+    int fontSize = 100; // tenths of a point
+};
+
+extern App g_app;
+
+// The path of a sample script shipped beside the executable.
+std::wstring SamplePath(const wchar_t* name);
+// Loads a script file into the control; false (with a message box) when it
+// cannot be read.
+bool OpenFile(const std::wstring& path);
+// Runs a menu command (the ids above, and the control's own edit commands,
+// which go to the control).
+void OnCommand(UINT id);
+// Enables and greys the items of a menu that is about to open.
+void UpdateMenuItems(HMENU popup);
+
+// Dispatches what is queued, for about 60 ms.
+void Pump();
+// Plays the scripted tour: one PNG per screen into dir; 0 when every screen
+// was written and showed what it should.
+int Tour(const std::wstring& dir);
