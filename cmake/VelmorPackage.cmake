@@ -55,6 +55,7 @@ set(VELMOR_PUBLIC_HEADERS
   editor/UndoFrame.h
   text/ScriptText.h
   text/Colorizer.h
+  text/TextWalk.h
   gdi/OrvMemDC.h
   framework/afx.h
   framework/afxcmn.h

@@ -115,6 +115,9 @@ void CVelmor::ScrollToLine(int nLine)
     }
     SetBarPos(SB_VERT, m_nFirstLine);
     Invalidate(TRUE);
+    // The caret keeps its place in the text, not on the screen.
+    if (m_bCaretCreated)
+        DrawCursor(true);
 }
 
 void CVelmor::OnTimer(UINT_PTR nIDEvent)

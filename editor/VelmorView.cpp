@@ -146,6 +146,8 @@ void CVelmor::OnSetFocus(CWnd* pOldWnd)
 
 void CVelmor::OnKillFocus(CWnd* pNewWnd)
 {
+    // Losing the focus ends a drag: later moves without the button select nothing.
+    m_bMouseDown = false;
     if (::GetCapture() == m_hWnd)
         ::ReleaseCapture();
     if (m_bCaretCreated) {

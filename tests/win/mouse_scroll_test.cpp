@@ -385,3 +385,30 @@ TEST(Mouse, CaretFollowsTheMarginOfTheFirstPaint)
         EXPECT_EQ(42, c->m_nLeftMargin);
     }
 }
+
+// When timer 2 scrolls the view, the caret moves with its text; losing the
+// focus ends a drag.
+TEST(Mouse, CaretAndDragFollowTheView)
+{
+    Ed e(Numbered(300));
+    e->SetFocus();
+    e->SetCursorPos(CPoint(2, 5));
+    POINT before;
+    ASSERT_TRUE(::GetCaretPos(&before));
+    e->SetBreakLine(150);
+    PumpFor(120);
+    ASSERT_EQ(146, e->m_nFirstLine);
+    POINT after;
+    ASSERT_TRUE(::GetCaretPos(&after));
+    EXPECT_EQ(before.x, after.x);
+    EXPECT_EQ((5 - 146) * kLineH, after.y);
+
+    e->m_nFirstLine = 0;
+    e.Paint();
+    e.Send(WM_LBUTTONDOWN, MK_LBUTTON, e.X(1), e.Y(1));
+    ::SetFocus(e.host.hwnd());
+    EXPECT_FALSE(e->m_bMouseDown);
+    const CPoint caret = e->GetCursorPos();
+    e.Send(WM_MOUSEMOVE, 0, e.X(4), e.Y(3));
+    EXPECT_EQ(caret, e->GetCursorPos());
+}
