@@ -26,6 +26,10 @@ const UINT_PTR VELMOR_TIMER_RUNNINGLINE = 2;
 // Tool id of the value tip.
 const UINT_PTR VELMOR_TIP_TOOL = 1;
 
+// Posted to the parent on every key-down: wParam 0x0300, lParam the
+// control's dialog id.
+const UINT VELMOR_WM_KEYNOTIFY = 0x0B00;
+
 // Posted by the control to itself: draw the scroll bars whose range or
 // position changed.
 const UINT WM_VELMOR_DRAWBARS = WM_USER + 0x0B01;
@@ -139,6 +143,16 @@ public:
     int VisibleColumns() const;
     void RefreshLineNum(int bNow);
 
+    // Keys and editing. KeyDown is the key table for hosts that route keys
+    // themselves: 1 when the key was consumed.
+    int KeyDown(UINT nChar, UINT nRepCnt, UINT nFlags);
+    BOOL PreTranslateMessage(MSG* pMsg) override;
+    void IncreaseIndent();
+    void DecreaseIndent();
+    // Replaces the selection with text (tabs expanded, a line feed ends a
+    // line) as one undo step; does not look at read-only.
+    void ReplaceSelText(const wchar_t* pszText);
+
     // Undo history. Undo and redo replay one step each, with the caret and
     // anchor put back; neither checks read-only.
     void ClearUndoHistory();
@@ -176,6 +190,21 @@ protected:
     void RemoveSelected();
     void StringOnCursor(CString& word);
     void DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& to);
+
+    // Editing primitives (no undo step of their own, no read-only check).
+    void InsertChar(int ch, bool bInvalidate);
+    void InsertString(CString& text, bool bInvalidate);
+    void DeletePrevChar();
+    void DeleteNextChar();
+    void DoEnter();
+    void InsertTab();
+    void RemoveTab();
+
+    // Clipboard.
+    void DoCopy();
+    void DoCut();
+    void DoPaste();
+    void _ReplaceSelText(const wchar_t* pszText);
     bool InSelection(int x, int y) const;
     void InvalidateAll(BOOL bErase);
 
@@ -214,6 +243,17 @@ protected:
     afx_msg void OnUpdateUndo(CCmdUI* pCmdUI);
     afx_msg void OnUpdateRedo(CCmdUI* pCmdUI);
     afx_msg LRESULT OnDrawBars(WPARAM wParam, LPARAM lParam);
+    afx_msg void OnKeyDown(UINT nChar, UINT nRepCnt, UINT nFlags);
+    afx_msg void OnChar(UINT nChar, UINT nRepCnt, UINT nFlags);
+    afx_msg UINT OnGetDlgCode();
+    afx_msg void OnCopy();
+    afx_msg void OnCut();
+    afx_msg void OnPaste();
+    afx_msg void OnSelectall();
+    afx_msg void OnUpdateCopy(CCmdUI* pCmdUI);
+    afx_msg void OnUpdateCut(CCmdUI* pCmdUI);
+    afx_msg void OnUpdatePaste(CCmdUI* pCmdUI);
+    afx_msg void OnUpdateSelectall(CCmdUI* pCmdUI);
 
     DECLARE_MESSAGE_MAP()
 
@@ -283,6 +323,21 @@ private:
     void InsertLoadedLine(const wchar_t* p, int n);
     int TextLength() const;
     void RecolourAll();
+    // What the key table did with a key.
+    enum
+    {
+        kKeyDefault,  // not the control's: default handling
+        kKeyHandled,  // handled, then the common ending
+        kKeyConsumed, // Ctrl+A, Ctrl+C: done, nothing more
+        kKeyActed,    // Ctrl+V, X, Y, Z: done, then the common ending
+        kKeyLetter,   // one of those letters without Ctrl: the common ending only
+    };
+    int HandleKey(UINT nChar, bool bFromKeyDown);
+    void MoveCaretForKey(UINT nChar, bool bCtrl);
+    void KeyTail();
+    void PostKeyNotification();
+    void BlockOf(int& nFirst, int& nLast, int& nFirstCol) const;
+    CString SelectedText() const;
     int CaretOffset(CDC* pDC) const;
     bool PreparePaintBuffer(CDC* pDC, CSize size);
     void ReleasePaintBuffer();

@@ -81,3 +81,87 @@ int AFXAPI LeadingSpaces(const CString& line)
         ++n;
     return n;
 }
+
+bool AFXAPI IsBlankChar(wchar_t ch)
+{
+    return (unsigned)ch < 128 && std::isspace((int)ch) != 0;
+}
+
+int AFXAPI WordLeftColumn(const CString& line, int x)
+{
+    const int len = line.GetLength();
+    const wchar_t* p = line.GetString();
+    int i = x;
+    bool seen = false;
+    for (;;) {
+        --i;
+        if (i < 0) {
+            i = 0;
+            break;
+        }
+        const wchar_t c = i < len ? p[i] : L' ';
+        if (!IsBlankChar(c))
+            seen = true;
+        if (IsWordChar(c))
+            continue;
+        if (seen) {
+            if (i != x - 1)
+                ++i;
+            break;
+        }
+    }
+    return i;
+}
+
+int AFXAPI WordRightColumn(const CString& line, int x)
+{
+    const int len = line.GetLength();
+    const wchar_t* p = line.GetString();
+    int i = x < 0 ? 0 : x;
+    bool seen = false;
+    for (;;) {
+        if (i >= len) {
+            i = len;
+            break;
+        }
+        const wchar_t c = p[i];
+        if (!IsBlankChar(c))
+            seen = true;
+        if (!IsWordChar(c) && seen) {
+            if (i == x)
+                ++i;
+            break;
+        }
+        ++i;
+    }
+    return i;
+}
+
+int AFXAPI CommentMarkerMode(const CString& line, int x)
+{
+    const int len = line.GetLength();
+    if (x < 0 || x >= len)
+        return 0;
+    const wchar_t* p = line.GetString();
+    if (p[x] == L'/') {
+        if (x < len - 1 && p[x + 1] == L'*')
+            return 1;
+        if (x > 0 && p[x - 1] == L'*')
+            return 2;
+    } else if (p[x] == L'*') {
+        if (x > 0 && p[x - 1] == L'/')
+            return 1;
+        if (x < len - 1 && p[x + 1] == L'/')
+            return 2;
+    }
+    return 0;
+}
+
+int AFXAPI UnindentCount(const CString& line, int k, int nTabSize)
+{
+    const int len = line.GetLength();
+    const wchar_t* p = line.GetString();
+    while (k >= 0 && k < len && p[k] == L' ' && k < nTabSize)
+        ++k;
+    return k;
+}

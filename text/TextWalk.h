@@ -41,3 +41,26 @@ AFX_EXT_API void AFXAPI WordBounds(const CString& line, int nCol, int& nStart, i
 
 // The number of leading U+0020 spaces (a tab ends the run).
 AFX_EXT_API int AFXAPI LeadingSpaces(const CString& line);
+
+// White space of the C locale (isspace), for UTF-16 code units: nothing
+// above U+007F counts.
+AFX_EXT_API bool AFXAPI IsBlankChar(wchar_t ch);
+
+// Ctrl+Left from column x (0 < x <= length): the start of the word to the
+// left; a single punctuation character just left of x is stepped over by
+// one column.
+AFX_EXT_API int AFXAPI WordLeftColumn(const CString& line, int x);
+
+// Ctrl+Right from column x (0 <= x < length): the first character that is
+// not alphanumeric after the word; a punctuation character at x is stepped
+// over by one column.
+AFX_EXT_API int AFXAPI WordRightColumn(const CString& line, int x);
+
+// Whether deleting the character at column x touches a comment delimiter:
+// 1 when it is part of a "/*" (the text below may change), 2 when part of
+// a "*/" (the text above may change), 0 otherwise.
+AFX_EXT_API int AFXAPI CommentMarkerMode(const CString& line, int x);
+
+// Block unindent: starting from k (the count carried from the line
+// before), advances k over spaces while k < tab size.
+AFX_EXT_API int AFXAPI UnindentCount(const CString& line, int k, int nTabSize);

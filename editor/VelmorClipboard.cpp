@@ -1,0 +1,236 @@
+// The clipboard: copy, cut and paste of UTF-16 text, replacing the
+// selection with a text, select all, and the enabling of those commands.
+#include "VelmorCtrl.h"
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// Closes the clipboard when a paste ends, however it ends.
+struct ClipboardCloser
+{
+    bool open;
+    ~ClipboardCloser()
+    {
+        if (open)
+            ::CloseClipboard();
+    }
+};
+
+} // namespace
+
+// The selected text, lines joined with CR LF.
+CString CVelmor::SelectedText() const
+{
+    CPoint s = m_ptAnchor, e = m_ptCursor;
+    if (e.y < s.y || (e.y == s.y && e.x < s.x))
+        std::swap(s, e);
+    const int n = (int)m_Text._GetSize();
+    auto line = [&](int y) { return y >= 0 && y < n ? m_Text.LineRef(y) : CString(); };
+    CString text;
+    if (s.y == e.y)
+        return line(s.y).Mid(s.x, e.x - s.x);
+    text = line(s.y).Mid(s.x);
+    text += L"\r\n";
+    for (int y = s.y + 1; y < e.y; ++y) {
+        text += line(y);
+        text += L"\r\n";
+    }
+    text += line(e.y).Left(e.x);
+    return text;
+}
+
+void CVelmor::DoCopy()
+{
+    if (!::OpenClipboard(m_hWnd))
+        return;
+    // An empty selection leaves the clipboard open, as it always has; the
+    // next OpenClipboard of this window succeeds all the same.
+    if (m_ptAnchor == m_ptCursor)
+        return;
+    const CString text = SelectedText();
+    const size_t bytes = (size_t)text.GetLength() * sizeof(wchar_t) + sizeof(wchar_t);
+    HGLOBAL hMem = ::GlobalAlloc(GMEM_DDESHARE, bytes);
+    if (!hMem)
+        return;
+    void* p = ::GlobalLock(hMem);
+    if (!p) {
+        ::GlobalFree(hMem);
+        ::CloseClipboard();
+        return;
+    }
+    std::memcpy(p, text.GetString(), bytes);
+    ::GlobalUnlock(hMem);
+    ::EmptyClipboard();
+    if (!::SetClipboardData(CF_UNICODETEXT, hMem))
+        ::GlobalFree(hMem);
+    ::CloseClipboard();
+}
+
+void CVelmor::DoCut()
+{
+    if (m_bLock)
+        return;
+    DrawCursor(false);
+    try {
+        StartAction();
+        DoCopy();
+        RemoveSelected();
+        EndAction();
+    } catch (CException* e) {
+        e->Delete();
+    } catch (...) {
+    }
+    m_bInAction = false;
+    DrawCursor(true);
+}
+
+void CVelmor::DoPaste()
+{
+    if (m_bLock)
+        return;
+    HCURSOR hOld = ::SetCursor(::LoadCursorW(nullptr, (LPCWSTR)IDC_WAIT));
+    DrawCursor(false);
+    try {
+        ClipboardCloser closer{ ::OpenClipboard(m_hWnd) != FALSE };
+        HANDLE hData = closer.open ? ::GetClipboardData(CF_UNICODETEXT) : nullptr;
+        if (hData) {
+            const wchar_t* p = static_cast<const wchar_t*>(::GlobalLock(hData));
+            if (p) {
+                // The data need not end in a zero: read no further than its size.
+                const size_t units = ::GlobalSize(hData) / sizeof(wchar_t);
+                const CString text(p, (int)std::min<size_t>(wcsnlen(p, units), 0x7FFFFFF0));
+                ::GlobalUnlock(hData);
+                StartAction();
+                _ReplaceSelText(text);
+                EndAction();
+                ScrollToCursor();
+                DrawCursor(true);
+            }
+        }
+    } catch (CException* e) {
+        e->Delete();
+    } catch (...) {
+    }
+    m_bInAction = false;
+    if (m_bScrollPending)
+        ApplyScrollSizes();
+    ::SetCursor(hOld);
+}
+
+void CVelmor::ReplaceSelText(const wchar_t* pszText)
+{
+    StartAction();
+    _ReplaceSelText(pszText);
+    EndAction();
+}
+
+void CVelmor::_ReplaceSelText(const wchar_t* pszText)
+{
+    if (Selected())
+        RemoveSelected();
+    const CString text(pszText);
+    const int n = text.GetLength();
+    const wchar_t* p = text.GetString();
+    CString pending, tail;
+    bool broken = false;
+    int column = m_ptCursor.x;
+    // Only a line feed ends a line: a carriage return stays in the text.
+    for (int i = 0; i < n; ++i) {
+        const wchar_t c = p[i];
+        if (c == L'\t') {
+            const CString tab = MakeTab(column);
+            pending += tab;
+            column += tab.GetLength();
+        } else if (c == L'\n') {
+            const int y = m_ptCursor.y;
+            const bool exists = y >= 0 && y < (int)m_Text._GetSize();
+            if (!broken && exists) {
+                const CString line = m_Text.LineRef(y);
+                tail = line.Mid(m_ptCursor.x);
+                SetTextLine(line.Left(m_ptCursor.x) + pending, y, false, true);
+            } else {
+                InsertTextLine(pending, y, false, false);
+            }
+            pending.Empty();
+            column = 0;
+            _SetCursorPos(0, y + 1);
+            broken = true;
+        } else {
+            pending += c;
+            ++column;
+        }
+    }
+    const int y = m_ptCursor.y;
+    if (broken) {
+        const CString last = pending + tail;
+        if (!last.IsEmpty()) {
+            InsertTextLine(last, y, false, false);
+            _SetCursorPosX(last.GetLength());
+        }
+    } else if (!pending.IsEmpty()) {
+        if (y >= 0 && y < (int)m_Text._GetSize()) {
+            const CString line = m_Text.LineRef(y);
+            SetTextLine(line.Left(m_ptCursor.x) + pending + line.Mid(m_ptCursor.x), y, false, true);
+            _SetCursorPosX(m_ptCursor.x + pending.GetLength());
+        } else {
+            InsertTextLine(pending, (int)m_Text._GetSize(), true, false);
+            _SetCursorPosX(pending.GetLength());
+        }
+    }
+    _SetAnchorPos(m_ptCursor);
+    m_Text.FullUpdate();
+    UpdateScrollSizes();
+    InvalidateAll(TRUE);
+    DrawCursor(true);
+}
+
+void CVelmor::OnCopy()
+{
+    DoCopy();
+}
+
+void CVelmor::OnCut()
+{
+    DoCut();
+}
+
+void CVelmor::OnPaste()
+{
+    DoPaste();
+}
+
+void CVelmor::OnSelectall()
+{
+    const int last = (int)m_Text._GetSize() - 1;
+    _SetAnchorPos(0, 0);
+    _SetCursorPos(last >= 0 ? m_Text.LineRef(last).GetLength() : 0, std::max(last, 0));
+    ScrollToCursor();
+    DrawCursor(true);
+    InvalidateAll(FALSE);
+}
+
+void CVelmor::OnUpdateCopy(CCmdUI* pCmdUI)
+{
+    pCmdUI->Enable(Selected());
+}
+
+void CVelmor::OnUpdateCut(CCmdUI* pCmdUI)
+{
+    pCmdUI->Enable(Selected());
+}
+
+void CVelmor::OnUpdatePaste(CCmdUI* pCmdUI)
+{
+    BOOL bText = FALSE;
+    if (::OpenClipboard(m_hWnd)) {
+        bText = ::IsClipboardFormatAvailable(CF_TEXT);
+        ::CloseClipboard();
+    }
+    pCmdUI->Enable(bText);
+}
+
+void CVelmor::OnUpdateSelectall(CCmdUI* pCmdUI)
+{
+    pCmdUI->Enable(TRUE);
+}
