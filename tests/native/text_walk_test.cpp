@@ -176,3 +176,39 @@ TEST(TextWalk, ReplayReversesRecordedSteps)
         }
     }
 }
+
+TEST(TextWalk, WordStepsMarkersAndUnindent)
+{
+    const CString s(L"ab.cd");
+    EXPECT_EQ(3, WordLeftColumn(s, 5)); // to the start of "cd"
+    EXPECT_EQ(2, WordLeftColumn(s, 3)); // the '.' just left: one column
+    EXPECT_EQ(0, WordLeftColumn(s, 2));
+    EXPECT_EQ(0, WordLeftColumn(CString(L"   x"), 3)); // only blanks to the left
+    EXPECT_EQ(4, WordLeftColumn(CString(L"foo bar"), 7));
+    EXPECT_EQ(2, WordRightColumn(s, 0)); // after "ab"
+    EXPECT_EQ(3, WordRightColumn(s, 2)); // the '.' at the caret: one column
+    EXPECT_EQ(5, WordRightColumn(s, 3));
+    EXPECT_EQ(6, WordRightColumn(CString(L"   foo bar"), 0)); // blanks, then "foo": stops after it
+
+    const CString c(L"a/*b*/c");
+    EXPECT_EQ(1, CommentMarkerMode(c, 1)); // '/' of "/*"
+    EXPECT_EQ(1, CommentMarkerMode(c, 2)); // '*' of "/*"
+    EXPECT_EQ(2, CommentMarkerMode(c, 4)); // '*' of "*/"
+    EXPECT_EQ(2, CommentMarkerMode(c, 5)); // '/' of "*/"
+    EXPECT_EQ(0, CommentMarkerMode(c, 3));
+    EXPECT_EQ(0, CommentMarkerMode(c, 7)); // past the end
+    EXPECT_EQ(0, CommentMarkerMode(CString(L"/"), 0));
+
+    // 4, 2 and 6 leading spaces with tab size 4: the count found on the
+    // first line carries into the next ones.
+    int k = UnindentCount(CString(L"    a"), 0, 4);
+    EXPECT_EQ(4, k);
+    k = UnindentCount(CString(L"  bcde"), k, 4);
+    EXPECT_EQ(4, k);
+    k = UnindentCount(CString(L"      f"), k, 4);
+    EXPECT_EQ(4, k);
+    EXPECT_EQ(2, UnindentCount(CString(L"  x"), 0, 4));
+    EXPECT_EQ(0, UnindentCount(CString(), 0, 4));
+    EXPECT_FALSE(IsBlankChar(L'\x00A0'));
+    EXPECT_TRUE(IsBlankChar(L'\t'));
+}

@@ -16,6 +16,10 @@ LRESULT CALLBACK HostProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
         if (self)
             self->notifications.push_back({ LOWORD(wParam), HIWORD(wParam), (HWND)lParam });
         return 0;
+    case 0x0B00: // the control's key-down notification
+        if (self)
+            self->keyNotifications.push_back({ (UINT)lParam, (UINT)wParam, nullptr });
+        return 0;
     case WM_ERASEBKGND: {
         RECT rc;
         GetClientRect(hwnd, &rc);

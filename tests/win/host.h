@@ -21,6 +21,9 @@ public:
     HWND hwnd() const { return m_hwnd; }
     CWnd* wnd() const { return CWnd::FromHandle(m_hwnd); }
     std::vector<Notification> notifications;
+    // Message 0x0B00 as posted by a control on key-down: id = its lParam (the
+    // control's dialog id), code = its wParam.
+    std::vector<Notification> keyNotifications;
     static const COLORREF kPatternA = RGB(255, 0, 255);
     static const COLORREF kPatternB = RGB(0, 200, 200);
     bool patterned;
