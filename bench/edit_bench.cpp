@@ -22,6 +22,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <string>
 
@@ -190,6 +191,83 @@ void ScrollOneLine(HWND host, const std::wstring& script)
     PumpMessages();
 }
 
+// Keys as a user types them, in the middle of the 10 MiB script: a letter
+// (WM_CHAR) and Enter, each with its repaint; then pasting 1 MiB.
+void Typing(HWND host, const std::wstring& script)
+{
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->SetLineNumber(true);
+    ctl->LoadText(script.c_str());
+    ctl->ClearUndoHistory();
+    const HWND hwnd = ctl->m_hWnd;
+    const int middle = ctl->GetLineCount() / 2;
+    // A line with text and no comment delimiter, as most lines are.
+    int line = middle + 10;
+    while (line < ctl->GetLineCount() - 1) {
+        CString s = ctl->GetLine(line);
+        if (s.GetLength() > 10 && s.Find(L"/*") < 0 && s.Find(L"*/") < 0)
+            break;
+        ++line;
+    }
+    ctl->m_nFirstLine = middle;
+    ctl->SetFocus();
+    ctl->Invalidate(TRUE);
+    ::UpdateWindow(hwnd);
+    PumpMessages();
+
+    std::vector<double> keys;
+    for (int i = 0; i < 300; ++i) {
+        if (i % 30 == 0) {
+            // A fresh spot now and then, so that the line stays short.
+            ctl->SetSelection(5, line, 5, line);
+            PumpMessages();
+        }
+        keys.push_back(TimeIt([&] {
+            ::SendMessageW(hwnd, WM_CHAR, L'a' + i % 26, 1);
+            ::UpdateWindow(hwnd);
+        }));
+        PumpMessages();
+    }
+    std::vector<double> enters;
+    for (int i = 0; i < 100; ++i) {
+        ctl->SetSelection(3, line + i, 3, line + i);
+        PumpMessages();
+        enters.push_back(TimeIt([&] {
+            ::SendMessageW(hwnd, WM_CHAR, 13, 1);
+            ::UpdateWindow(hwnd);
+        }));
+        PumpMessages();
+    }
+    std::printf("  keystroke mid 10 MiB: median %.2f ms, p99 %.2f ms  (%d letters)\n", Median(keys),
+                Percentile(keys, 99), (int)keys.size());
+    std::printf("  Enter mid 10 MiB: median %.2f ms, p99 %.2f ms  (%d lines split)\n", Median(enters),
+                Percentile(enters, 99), (int)enters.size());
+    Result("Wine keystroke mid 10 MiB, median ms", "10 MiB", "%.2f", Median(keys));
+    Result("Wine keystroke mid 10 MiB, p99 ms", "10 MiB", "%.2f", Percentile(keys, 99));
+    Result("Wine Enter mid 10 MiB, median ms", "10 MiB", "%.2f", Median(enters));
+
+    // Pasting the 1 MiB script at a line's start, through the clipboard.
+    const std::wstring clip = MakeScript(kMiB);
+    if (::OpenClipboard(hwnd)) {
+        ::EmptyClipboard();
+        HGLOBAL h = ::GlobalAlloc(GMEM_MOVEABLE, (clip.size() + 1) * sizeof(wchar_t));
+        std::memcpy(::GlobalLock(h), clip.c_str(), (clip.size() + 1) * sizeof(wchar_t));
+        ::GlobalUnlock(h);
+        ::SetClipboardData(CF_UNICODETEXT, h);
+        ::CloseClipboard();
+    }
+    ctl->LoadText(L"x\n");
+    ctl->SetSelection(0, 0, 0, 0);
+    const double paste = TimeIt([&] {
+        ::SendMessageW(hwnd, WM_COMMAND, ID_EDIT_PASTE, 0);
+        ::UpdateWindow(hwnd);
+    });
+    std::printf("  paste 1 MiB: %.1f ms  (%d lines after)\n", paste, ctl->GetLineCount());
+    Result("Wine paste 1 MiB, ms", "1 MiB", "%.1f", paste);
+    ctl.reset();
+    PumpMessages();
+}
+
 // A host's own control class: derived classes may end an undo step
 // themselves, as the control's commands do.
 class StepControl : public CVelmor
@@ -261,6 +339,7 @@ int main()
     LineEdit(host, script);
     LongLineRepaint(host, script);
     ScrollOneLine(host, script);
+    Typing(host, script);
     UndoRemoveAll(host);
     HostileLoads(host);
     DestroyWindow(host);

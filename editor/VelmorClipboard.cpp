@@ -132,6 +132,16 @@ void CVelmor::_ReplaceSelText(const wchar_t* pszText)
     const CString text(pszText);
     const int n = text.GetLength();
     const wchar_t* p = text.GetString();
+    // Every line is recoloured once at the end: the full recolouring a
+    // comment delimiter calls for would otherwise run for each such line.
+    const bool bWasDeferring = m_bDeferRecolour;
+    m_bDeferRecolour = true;
+    struct Restore
+    {
+        CVelmor* c;
+        bool was;
+        ~Restore() { c->m_bDeferRecolour = was; }
+    } restore{ this, bWasDeferring };
     CString pending, tail;
     bool broken = false;
     int column = m_ptCursor.x;
@@ -179,6 +189,8 @@ void CVelmor::_ReplaceSelText(const wchar_t* pszText)
         }
     }
     _SetAnchorPos(m_ptCursor);
+    if (!bWasDeferring)
+        m_bRecolourDue = false;
     m_Text.FullUpdate();
     UpdateScrollSizes();
     InvalidateAll(TRUE);

@@ -364,4 +364,5 @@ private:
     // m_bRecolourDue and done once by whoever set it.
     bool m_bDeferRecolour;
     bool m_bRecolourDue;
+
 };

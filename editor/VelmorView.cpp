@@ -96,12 +96,25 @@ void CVelmor::DrawCursor(bool bShow)
 {
     if (!m_hWnd || ::GetFocus() != m_hWnd)
         return;
-    CClientDC dc(this);
-    CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
-    const int x = CaretOffset(&dc) + m_nLeftMargin;
+    // Measured in the off-screen DC that painting keeps, when there is one:
+    // the same font on the same device, without fetching a window DC.
+    int x;
+    if (m_hPaintDC) {
+        CDC dc;
+        dc.Attach(m_hPaintDC);
+        CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
+        x = CaretOffset(&dc) + m_nLeftMargin;
+        if (pOld)
+            dc.SelectObject(pOld);
+        dc.Detach();
+    } else {
+        CClientDC dc(this);
+        CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
+        x = CaretOffset(&dc) + m_nLeftMargin;
+        if (pOld)
+            dc.SelectObject(pOld);
+    }
     const int y = (m_ptCursor.y - m_nFirstLine) * m_nLineHeight;
-    if (pOld)
-        dc.SelectObject(pOld);
     if (bShow && !m_bCaretCreated) {
         CreateSolidCaret(1, m_nLineHeight);
         ShowCaret();
