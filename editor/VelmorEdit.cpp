@@ -40,7 +40,8 @@ void CVelmor::InsertString(CString& text, bool bInvalidate)
         _SetCursorPosX(x + text.GetLength());
         ScrollToCursor();
         UpdateAnchor(false);
-        if (bInvalidate && m_hWnd) {
+        // (Already invalidated above when text followed the caret.)
+        if (bInvalidate && right.IsEmpty() && m_hWnd) {
             CRect rc = Grown(GetLineRect(y));
             InvalidateRect(&rc, FALSE);
         }

@@ -267,7 +267,10 @@ void CVelmor::OnChar(UINT nChar, UINT nRepCnt, UINT nFlags)
     std::setlocale(LC_ALL, ".OCP");
     if (m_bLock)
         return;
-    DrawCursor(false);
+    // The caret stays up while a character goes in: the edit runs within
+    // this message, nothing paints meanwhile, and the caret is put at its
+    // new place below. Destroying and making the system caret again for
+    // every key costs more than the edit and its repaint together.
     switch (nChar) {
     case 9:
         StartAction();

@@ -115,6 +115,7 @@ void CVelmor::DrawCursor(bool bShow)
             dc.SelectObject(pOld);
     }
     const int y = (m_ptCursor.y - m_nFirstLine) * m_nLineHeight;
+    bool bMoved = true;
     if (bShow && !m_bCaretCreated) {
         CreateSolidCaret(1, m_nLineHeight);
         ShowCaret();
@@ -123,8 +124,14 @@ void CVelmor::DrawCursor(bool bShow)
         HideCaret();
         ::DestroyCaret();
         m_bCaretCreated = false;
+    } else if (m_bCaretCreated) {
+        // Moving the system caret redraws it; where it already stands
+        // there is nothing to do.
+        POINT pt;
+        bMoved = !::GetCaretPos(&pt) || pt.x != x || pt.y != y;
     }
-    SetCaretPos(CPoint(x, y));
+    if (bMoved)
+        SetCaretPos(CPoint(x, y));
 }
 
 // The width of the caret line's text from the first visible column to the
