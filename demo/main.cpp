@@ -422,8 +422,10 @@ void UpdateMenuItems(HMENU popup)
             item.m_nIndex = (UINT)i;
             item.DoUpdate(g_app.editor.get(), TRUE);
         }
-        if (GreyedWhenReadOnly(id) && (g_app.readOnly || !IsControlCommand(id)))
-            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (g_app.readOnly ? MF_GRAYED : MF_ENABLED));
+        if (GreyedWhenReadOnly(id) && (g_app.readOnly || !IsControlCommand(id))) {
+            const bool on = !g_app.readOnly && (id != ID_EDIT_UNINDENT || (g_app.editor && g_app.editor->Selected()));
+            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (on ? MF_ENABLED : MF_GRAYED));
+        }
     }
 }
 
@@ -465,8 +467,15 @@ void OnCommand(UINT id)
             ed.IncreaseIndent();
         break;
     case ID_EDIT_UNINDENT:
-        if (!g_app.readOnly)
+        // Without a selection the control would indent the caret instead.
+        if (!g_app.readOnly && ed.Selected()) {
             ed.DecreaseIndent();
+            // The selection moves left with its text and passes column 0
+            // when it began there: SetSelection clamps its ends back.
+            const CPoint a = ed.GetAnchorPos(), c = ed.GetCursorPos();
+            if (a.x < 0 || c.x < 0)
+                ed.SetSelection(a.x, a.y, c.x, c.y);
+        }
         break;
     case ID_VIEW_LINENUMBERS:
         g_app.lineNumbers = !g_app.lineNumbers;

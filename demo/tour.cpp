@@ -685,6 +685,22 @@ void BlockIndentScreen(TourRun& run, Keyboard& keys)
     Choose(ID_EDIT_UNINDENT);
     Choose(ID_EDIT_INDENT);
     run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"Edit > Indent indents the block");
+
+    // The same block selected from column 0: unindenting moves the ends
+    // left of it, and the demo sets them back on the text.
+    keys.Press(VK_HOME, kCtrl);
+    keys.Press(VK_DOWN, kPlain, kBodyFirst);
+    HMENU edit = InitEditMenu();
+    run.Check(Greyed(edit, ID_EDIT_UNINDENT), L"no selection: Unindent greyed (the control would indent)");
+    keys.Press(VK_DOWN, kShift, kBodyLast - kBodyFirst);
+    keys.Press(VK_END, kShift);
+    edit = InitEditMenu();
+    run.Check(!Greyed(edit, ID_EDIT_UNINDENT), L"a selection: Unindent enabled");
+    Choose(ID_EDIT_UNINDENT);
+    run.Check(HoldsTyped(ed) && Is(ed.GetAnchorPos(), 0, kBodyFirst) && Is(ed.GetCursorPos(), end, kBodyLast),
+              L"Edit > Unindent from column 0: the text unindented, the selection's ends kept on the text");
+    Choose(ID_EDIT_INDENT);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"and indented again");
 }
 
 // A line cut with Ctrl+X and pasted a line higher with Ctrl+V; the Edit
