@@ -7,12 +7,15 @@
 
 enum Command : UINT
 {
-    ID_FILE_OPEN = 1001,
+    ID_FILE_NEW = 1000,
+    ID_FILE_OPEN,
     ID_FILE_SAVE,
     ID_FILE_SAVEAS,
     ID_FILE_EXIT,
     ID_EDIT_TOGGLECOMMENT = 1051,
     ID_EDIT_GOTOLINE,
+    ID_EDIT_INDENT,
+    ID_EDIT_UNINDENT,
     ID_VIEW_LINENUMBERS = 1101,
     ID_VIEW_COMPACT,
     ID_VIEW_READONLY,
@@ -39,6 +42,8 @@ struct App
     bool readOnly = false;
     bool breaksDisabled = false;
     int fontSize = 100; // tenths of a point
+    HACCEL accel = nullptr; // the host's own keys (Ctrl+G)
+    int keyNotifications = 0; // VELMOR_WM_KEYNOTIFY messages received
 };
 
 extern App g_app;
@@ -54,7 +59,13 @@ void OnCommand(UINT id);
 // Enables and greys the items of a menu that is about to open.
 void UpdateMenuItems(HMENU popup);
 
-// Dispatches what is queued, for about 60 ms.
+// One message of the loop: offered to the control's accelerators first
+// (AfxPreTranslateMessage), then to the host's, then translated and
+// dispatched.
+void RouteMessage(MSG& msg);
+// Routes what is queued now, without waiting.
+void RunQueue();
+// Routes what is queued, for about 60 ms.
 void Pump();
 // Plays the scripted tour: one PNG per screen into dir; 0 when every screen
 // was written and showed what it should.

@@ -1,7 +1,9 @@
 // velmor-demo: a host application that embeds the Velmor control the way a
 // customer's program does. A plain Win32 main window (no framework of its
 // own) with File, Edit, View and Debug menus; the control fills the client
-// area. The tour is in tour.cpp, the Go To Line dialog in gotoline.cpp.
+// area and takes the keyboard: its message loop offers every message to the
+// control's accelerators first (AfxPreTranslateMessage). The tour is in
+// tour.cpp, the Go To Line dialog in gotoline.cpp.
 //
 //   velmor-demo.exe [script]            opens a window
 //   velmor-demo.exe --tour <dir> [script]  plays a short scripted tour,
@@ -154,11 +156,22 @@ void SetChecks()
         check(id, g_app.fontSize == (int)(80 + 20 * (id - ID_VIEW_FONT_8)));
 }
 
-// The edit commands the control itself handles (copy ... redo): their
-// menu items are enabled by the control's update handlers.
+// The edit commands the control itself handles (copy, cut, paste, select
+// all, undo, redo): their menu items are enabled by the control's update
+// handlers.
 bool IsControlCommand(UINT id)
 {
     return id >= ID_EDIT_COPY && id <= ID_EDIT_REDO;
+}
+
+// Commands that change the text and that the control would carry out on a
+// read-only text all the same (the block indents, SetLine for the comment)
+// or refuse silently (cut and paste, which the control's update handlers
+// enable regardless): a read-only demo greys them.
+bool GreyedWhenReadOnly(UINT id)
+{
+    return id == ID_EDIT_CUT || id == ID_EDIT_PASTE || id == ID_EDIT_TOGGLECOMMENT || id == ID_EDIT_INDENT ||
+           id == ID_EDIT_UNINDENT;
 }
 
 // Asks the control whether it would run a command now, as its menu item
@@ -245,16 +258,27 @@ void ToggleBreakpoint(int line)
 HMENU BuildMenu()
 {
     HMENU file = CreatePopupMenu();
+    AppendMenuW(file, MF_STRING, ID_FILE_NEW, L"&New");
     AppendMenuW(file, MF_STRING, ID_FILE_OPEN, L"&Open...");
     AppendMenuW(file, MF_STRING, ID_FILE_SAVE, L"&Save");
     AppendMenuW(file, MF_STRING, ID_FILE_SAVEAS, L"Save &As...");
     AppendMenuW(file, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(file, MF_STRING, ID_FILE_EXIT, L"E&xit");
     HMENU edit = CreatePopupMenu();
+    // The shortcuts shown are the control's own keys (its accelerator
+    // table and its key-down handling); Ctrl+A is Redo there, so Select All
+    // has none.
     AppendMenuW(edit, MF_STRING, ID_EDIT_UNDO, L"&Undo\tCtrl+Z");
-    AppendMenuW(edit, MF_STRING, ID_EDIT_REDO, L"&Redo");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_REDO, L"&Redo\tCtrl+Y");
     AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
-    AppendMenuW(edit, MF_STRING, ID_EDIT_TOGGLECOMMENT, L"Toggle &comment on the caret line");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_CUT, L"Cu&t\tCtrl+X");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_COPY, L"&Copy\tCtrl+C");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_PASTE, L"&Paste\tCtrl+V");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_SELECT_ALL, L"Select &All");
+    AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(edit, MF_STRING, ID_EDIT_INDENT, L"&Indent the selected lines\tTab");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_UNINDENT, L"U&nindent the selected lines");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_TOGGLECOMMENT, L"Toggle c&omment on the caret line");
     AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(edit, MF_STRING, ID_EDIT_GOTOLINE, L"&Go To Line...\tCtrl+G");
     HMENU font = CreatePopupMenu();
@@ -282,12 +306,12 @@ HMENU BuildMenu()
     return bar;
 }
 
-// Ctrl+Z and Ctrl+G for a control that does not translate its own keys: the
-// control's accelerators come first (AfxPreTranslateMessage in the loop).
+// The host's own keys. The control's accelerators (Ctrl+Z, C, V, X, and
+// Ctrl+A for Redo) come first in the loop and are not repeated here; a key
+// the control does not translate, such as Ctrl+G, reaches this table.
 HACCEL BuildAccelerators()
 {
     ACCEL keys[] = {
-        { FVIRTKEY | FCONTROL, 'Z', (WORD)ID_EDIT_UNDO },
         { FVIRTKEY | FCONTROL, 'G', (WORD)ID_EDIT_GOTOLINE },
     };
     return CreateAcceleratorTableW(keys, (int)(sizeof keys / sizeof keys[0]));
@@ -331,9 +355,18 @@ LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
         if (!HIWORD(lParam))
             UpdateMenuItems((HMENU)wParam);
         return 0;
+    case VELMOR_WM_KEYNOTIFY:
+        // Posted by the control on each key-down; the tour counts them.
+        if (wParam == 0x0300 && lParam == kEditorId)
+            ++g_app.keyNotifications;
+        return 0;
     case WM_COMMAND:
         if (lParam && LOWORD(wParam) == kEditorId) {
-            if (HIWORD(wParam) == EN_CHANGE && !g_app.modified && g_app.editor) {
+            // An undo with nothing to undo (Ctrl+Z on a fresh file) notifies
+            // a change too: with neither undo nor redo to offer, the text is
+            // still the one loaded.
+            if (HIWORD(wParam) == EN_CHANGE && !g_app.modified && g_app.editor &&
+                (ControlCommandEnabled(ID_EDIT_UNDO) || ControlCommandEnabled(ID_EDIT_REDO))) {
                 g_app.modified = true;
                 UpdateTitle();
             }
@@ -388,8 +421,10 @@ void UpdateMenuItems(HMENU popup)
             item.m_hMenu = popup;
             item.m_nIndex = (UINT)i;
             item.DoUpdate(g_app.editor.get(), TRUE);
-        } else if (id == ID_EDIT_TOGGLECOMMENT) {
-            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (g_app.readOnly ? MF_GRAYED : MF_ENABLED));
+        }
+        if (GreyedWhenReadOnly(id) && (g_app.readOnly || !IsControlCommand(id))) {
+            const bool on = !g_app.readOnly && (id != ID_EDIT_UNINDENT || (g_app.editor && g_app.editor->Selected()));
+            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (on ? MF_ENABLED : MF_GRAYED));
         }
     }
 }
@@ -405,6 +440,12 @@ void OnCommand(UINT id)
         return;
     }
     switch (id) {
+    case ID_FILE_NEW:
+        g_app.path.clear();
+        ed.DeleteAllBreaks();
+        ed.SetBreakLine(-1);
+        LoadIntoEditor(L"");
+        break;
     case ID_FILE_OPEN: {
         std::wstring path = g_app.path;
         if (AskPath(false, path))
@@ -419,6 +460,23 @@ void OnCommand(UINT id)
             ToggleComment();
         break;
     case ID_EDIT_GOTOLINE: GoToLine(); break;
+    // Tab indents the selected lines too; Shift+Tab does the same (the
+    // control reads no Shift there), so unindenting is the menu's.
+    case ID_EDIT_INDENT:
+        if (!g_app.readOnly)
+            ed.IncreaseIndent();
+        break;
+    case ID_EDIT_UNINDENT:
+        // Without a selection the control would indent the caret instead.
+        if (!g_app.readOnly && ed.Selected()) {
+            ed.DecreaseIndent();
+            // The selection moves left with its text and passes column 0
+            // when it began there: SetSelection clamps its ends back.
+            const CPoint a = ed.GetAnchorPos(), c = ed.GetCursorPos();
+            if (a.x < 0 || c.x < 0)
+                ed.SetSelection(a.x, a.y, c.x, c.y);
+        }
+        break;
     case ID_VIEW_LINENUMBERS:
         g_app.lineNumbers = !g_app.lineNumbers;
         ed.SetLineNumber(g_app.lineNumbers);
@@ -458,14 +516,29 @@ void OnCommand(UINT id)
     SetChecks();
 }
 
-void Pump()
+void RouteMessage(MSG& msg)
+{
+    // The control translates its accelerators here (a key-down addressed to
+    // it); without this its keys would go straight to its key-down handling.
+    if (AfxPreTranslateMessage(&msg))
+        return;
+    if (g_app.accel && TranslateAcceleratorW(g_app.hwnd, g_app.accel, &msg))
+        return;
+    TranslateMessage(&msg);
+    DispatchMessageW(&msg);
+}
+
+void RunQueue()
 {
     MSG msg;
+    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
+        RouteMessage(msg);
+}
+
+void Pump()
+{
     for (int round = 0; round < 3; ++round) {
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
+        RunQueue();
         Sleep(20);
     }
 }
@@ -498,24 +571,18 @@ int wmain(int argc, wchar_t** argv)
     OpenFile(file);
     SetChecks();
     UpdateWindow(g_app.hwnd);
+    g_app.accel = BuildAccelerators();
 
+    int rc = 0;
     if (!tourDir.empty()) {
-        int rc = Tour(tourDir);
+        rc = Tour(tourDir);
         DestroyWindow(g_app.hwnd);
-        return rc;
+    } else {
+        MSG msg;
+        while (GetMessageW(&msg, nullptr, 0, 0) > 0)
+            RouteMessage(msg);
+        rc = (int)msg.wParam;
     }
-
-    HACCEL accel = BuildAccelerators();
-    MSG msg;
-    while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
-        // Lets the control translate its keyboard accelerators.
-        if (AfxPreTranslateMessage(&msg))
-            continue;
-        if (accel && TranslateAcceleratorW(g_app.hwnd, accel, &msg))
-            continue;
-        TranslateMessage(&msg);
-        DispatchMessageW(&msg);
-    }
-    DestroyAcceleratorTable(accel);
-    return (int)msg.wParam;
+    DestroyAcceleratorTable(g_app.accel);
+    return rc;
 }

@@ -1,8 +1,8 @@
 // The scripted tour (velmor-demo --tour <dir>): drives the host and the
-// control the way a user would — menu commands, the Go To Line dialog, and
-// real mouse and scroll messages aimed at text cells — writes a PNG of each
-// screen, checks that each screen shows what it should, and logs what it did
-// to <dir>\tour.log.
+// control the way a user would — menu commands, the Go To Line dialog, real
+// mouse and scroll messages aimed at text cells, and keys posted through the
+// demo's own message loop — writes a PNG of each screen, checks that each
+// screen shows what it should, and logs what it did to <dir>\tour.log.
 #include "app.h"
 #include "screenshot.h"
 #include "gdi/WindowCapture.h"
@@ -154,6 +154,194 @@ HMENU InitEditMenu()
 void Choose(UINT id)
 {
     SendMessageW(g_app.hwnd, WM_COMMAND, MAKEWPARAM(id, 0), 0);
+}
+
+// A client pixel (0x00RRGGBB, as captured) of a COLORREF (0x00BBGGRR).
+DWORD Pixel(COLORREF c)
+{
+    return ((DWORD)GetRValue(c) << 16) | ((DWORD)GetGValue(c) << 8) | GetBValue(c);
+}
+
+// Whether the text cell of (column, line) holds at least one pixel of
+// exactly the colour: a glyph drawn in it.
+bool CellInked(const CVelmor& ed, const std::vector<DWORD>& pixels, int width, int nCol, int nLine, COLORREF color)
+{
+    const int left = ed.m_nLeftMargin + (nCol - ed.m_nFirstCol) * ed.m_nCharWidth;
+    const int top = (nLine - ed.m_nFirstLine) * ed.m_nLineHeight;
+    const int height = (int)(pixels.size() / (size_t)std::max(width, 1));
+    for (int y = std::max(top, 0); y < top + ed.m_nLineHeight && y < height; ++y)
+        for (int x = std::max(left, 0); x < left + ed.m_nCharWidth && x < width; ++x)
+            if (pixels[(size_t)y * width + x] == Pixel(color))
+                return true;
+    return false;
+}
+
+// The clipboard's text (CF_UNICODETEXT); empty when it holds none.
+std::wstring ClipboardText()
+{
+    std::wstring text;
+    if (!OpenClipboard(g_app.hwnd))
+        return text;
+    if (HANDLE h = GetClipboardData(CF_UNICODETEXT)) {
+        if (const wchar_t* p = static_cast<const wchar_t*>(GlobalLock(h))) {
+            text.assign(p, wcsnlen(p, GlobalSize(h) / sizeof(wchar_t)));
+            GlobalUnlock(h);
+        }
+    }
+    CloseClipboard();
+    return text;
+}
+
+// ---------------------------------------------------------------------------
+// Keys as the keyboard gives them: the modifiers held in the thread's key
+// state (which GetKeyState and TranslateMessage read), a key-down and a
+// key-up posted to the window with the focus, and the queue run through the
+// demo's message loop (RouteMessage: the control's accelerators, the demo's,
+// then TranslateMessage, which makes the WM_CHAR).
+
+enum Modifiers
+{
+    kPlain = 0,
+    kShift = 1,
+    kCtrl = 2,
+};
+
+void HoldModifiers(int mods)
+{
+    BYTE state[256];
+    GetKeyboardState(state);
+    const BYTE shift = (mods & kShift) ? 0x80 : 0, ctrl = (mods & kCtrl) ? 0x80 : 0;
+    state[VK_SHIFT] = state[VK_LSHIFT] = shift;
+    state[VK_CONTROL] = state[VK_LCONTROL] = ctrl;
+    SetKeyboardState(state);
+}
+
+class Keyboard
+{
+public:
+    // One key pressed and released, with modifiers held.
+    void Press(UINT vk, int mods = kPlain)
+    {
+        HoldModifiers(mods);
+        const HWND target = GetFocus();
+        const LPARAM scan = (LPARAM)MapVirtualKeyW(vk, MAPVK_VK_TO_VSC) << 16;
+        PostMessageW(target, WM_KEYDOWN, vk, scan | 1);
+        PostMessageW(target, WM_KEYUP, vk, scan | 1 | (LPARAM)0xC0000000);
+        RunQueue();
+        HoldModifiers(kPlain);
+        ++m_nKeyDowns;
+    }
+    void Press(UINT vk, int mods, int nTimes)
+    {
+        for (int i = 0; i < nTimes; ++i)
+            Press(vk, mods);
+    }
+    // Types text: each character by the key that makes it on this keyboard
+    // (with Shift where it needs it), a line feed by Enter, a tab by Tab. A
+    // character no key makes is posted as the WM_CHAR an input method would
+    // send.
+    void Type(const wchar_t* text)
+    {
+        for (const wchar_t* p = text; *p; ++p) {
+            if (*p == L'\n') {
+                Press(VK_RETURN);
+            } else if (*p == L'\t') {
+                Press(VK_TAB);
+            } else {
+                UINT vk = 0;
+                const int mods = KeyFor(*p, vk);
+                if (mods >= 0) {
+                    Press(vk, mods);
+                } else {
+                    PostMessageW(GetFocus(), WM_CHAR, *p, 1);
+                    RunQueue();
+                    ++m_nPostedChars;
+                    m_posted += *p;
+                }
+            }
+        }
+    }
+    int KeyDowns() const { return m_nKeyDowns; }
+    int PostedChars() const { return m_nPostedChars; }
+    const std::wstring& Posted() const { return m_posted; }
+    void Reset()
+    {
+        m_nKeyDowns = m_nPostedChars = 0;
+        g_app.keyNotifications = 0;
+    }
+
+private:
+    // The key (and whether with Shift) that makes ch on this keyboard; -1
+    // when none does. VkKeyScanW answers first; where it knows no key (Wine
+    // under Xvfb has none for the parentheses, which Shift+9 and Shift+0
+    // make all the same) the keys are tried through ToUnicode, which is what
+    // TranslateMessage asks.
+    static int KeyFor(wchar_t ch, UINT& vk)
+    {
+        const SHORT key = VkKeyScanW(ch);
+        if (key != -1 && !(HIBYTE(key) & ~1)) {
+            vk = LOBYTE(key);
+            return (HIBYTE(key) & 1) ? kShift : kPlain;
+        }
+        for (int mods : { kPlain, kShift }) {
+            BYTE state[256] = {};
+            state[VK_SHIFT] = state[VK_LSHIFT] = (mods & kShift) ? 0x80 : 0;
+            for (UINT v = 0x30; v <= 0xFE; ++v) {
+                wchar_t out[4];
+                if (ToUnicode(v, MapVirtualKeyW(v, MAPVK_VK_TO_VSC), state, out, 4, 0) == 1 && out[0] == ch) {
+                    vk = v;
+                    return mods;
+                }
+            }
+        }
+        return -1;
+    }
+
+    int m_nKeyDowns = 0;
+    int m_nPostedChars = 0;
+    std::wstring m_posted;
+};
+
+// The lines of a document, one after the other; each "\t" as the Tab key
+// leaves it at the start of a line with tab size 4.
+const wchar_t* const kTyped[] = {
+    L"// sine.sl: typed at the keyboard",
+    L"define sine_table (n)",
+    L"{",
+    L"\tvariable i, x, total = 0.0;",
+    L"\tif (n < 1 or n > 90) return 0;   /* nothing to print */",
+    L"\tfor (i = 0; i < n; i++)",
+    L"\t{",
+    L"\tx = sin (i * PI / n);",
+    L"\tvmessage (\"sin (%d pi/%d) = %.4f\", i, n, x);",
+    L"\ttotal += abs (x);",
+    L"\t}",
+    L"\treturn sqrt (total);",
+    L"}",
+};
+const int kTypedLines = (int)(sizeof kTyped / sizeof kTyped[0]);
+// The loop's body: typed level with the loop, indented by the block screen.
+const int kBodyFirst = 7, kBodyLast = 9;
+
+// A typed line as the control holds it.
+CString Expanded(const wchar_t* line, int nIndent = 0)
+{
+    CString s(line);
+    if (s.GetLength() && s[0] == L'\t')
+        s = CString(L' ', 4) + s.Mid(1);
+    return CString(L' ', nIndent) + s;
+}
+
+// Whether the control holds the typed lines, those from nFirst to nLast
+// indented by nIndent more.
+bool HoldsTyped(CVelmor& ed, int nFirst = 0, int nLast = -1, int nIndent = 0)
+{
+    if (ed.GetLineCount() < kTypedLines)
+        return false;
+    for (int i = 0; i < kTypedLines; ++i)
+        if (ed.GetLine(i) != Expanded(kTyped[i], i >= nFirst && i <= nLast ? nIndent : 0))
+            return false;
+    return true;
 }
 
 // ---------------------------------------------------------------------------
@@ -409,6 +597,198 @@ void GoToLineScreen(TourRun& run)
     run.Shot(L"10-go-to-line-and-comment.png");
 }
 
+// File > New, then a function typed key by key through the message loop;
+// the colours are probed in the painted cells.
+void TypedScreen(TourRun& run, Keyboard& keys)
+{
+    Choose(ID_FILE_NEW);
+    CVelmor& ed = *g_app.editor;
+    run.Log(L"11 File > New: %d line(s); typing %d lines of S-Lang", ed.GetLineCount(), kTypedLines);
+    // LoadText keeps text after the last line feed as a line of its own, and
+    // the control always ends with an empty line: a new document has two.
+    run.Check(ed.GetLineCount() == 2 && ed.GetLine(0).IsEmpty() && ed.GetLine(1).IsEmpty() && !g_app.modified,
+              L"a new document: an empty line and the control's closing empty line");
+    keys.Reset();
+    for (int i = 0; i < kTypedLines; ++i) {
+        keys.Type(kTyped[i]);
+        if (i + 1 < kTypedLines)
+            keys.Type(L"\n");
+    }
+    // A character no key of this keyboard makes is posted as WM_CHAR; on
+    // these machines every one comes from a key.
+    run.Log(L"  %d key-downs (Enter for each line break, Tab for each indentation); %d characters no key makes, "
+            L"posted as WM_CHAR%ls%ls",
+            keys.KeyDowns(), keys.PostedChars(), keys.PostedChars() ? L": " : L"", keys.Posted().c_str());
+    run.Check(HoldsTyped(ed), L"the control holds the typed lines; Tab at column 0 put 4 spaces");
+    const int last = kTypedLines - 1;
+    run.Check(Is(ed.GetCursorPos(), 1, last) && Is(ed.GetAnchorPos(), 1, last), L"the caret after the last typed character");
+    run.Check(g_app.keyNotifications == keys.KeyDowns(),
+              L"each key-down posted the parent one key notification (0x0B00)");
+    run.Check(g_app.modified, L"typing marks the file modified");
+    Pump();
+
+    // The colours as painted: probe a few cells.
+    ::HideCaret(ed.m_hWnd);
+    std::vector<DWORD> pixels;
+    int w = 0, h = 0;
+    CaptureWindowPixels(ed.m_hWnd, false, pixels, w, h);
+    ::ShowCaret(ed.m_hWnd);
+    const COLORREF kFunction = 0x00005AB4, kOperator = 0x00DC0000, kString = 0x00000AD2, kComment = 0x0000A100;
+    const int lineIf = 4, lineSin = 7, lineString = 8;
+    run.Check(CellInked(ed, pixels, w, 0, 0, kComment) && CellInked(ed, pixels, w, 10, 0, kComment),
+              L"the // comment is green");
+    run.Check(CellInked(ed, pixels, w, ColumnOf(ed, lineIf, L"/*"), lineIf, kComment) &&
+                  CellInked(ed, pixels, w, ColumnOf(ed, lineIf, L"*/") + 1, lineIf, kComment),
+              L"the /* */ comment after the code is green");
+    run.Check(CellInked(ed, pixels, w, ColumnOf(ed, lineIf, L"or "), lineIf, kOperator),
+              L"the operator word or is blue");
+    run.Check(CellInked(ed, pixels, w, ColumnOf(ed, lineSin, L"sin"), lineSin, kFunction) &&
+                  CellInked(ed, pixels, w, ColumnOf(ed, 9, L"abs") + 2, 9, kFunction) &&
+                  CellInked(ed, pixels, w, ColumnOf(ed, 11, L"sqrt"), 11, kFunction),
+              L"the functions sin, abs and sqrt are brown");
+    run.Check(CellInked(ed, pixels, w, ColumnOf(ed, lineString, L"\""), lineString, kString) &&
+                  CellInked(ed, pixels, w, ColumnOf(ed, lineString, L"%.4f"), lineString, kString),
+              L"the string is red");
+    run.Check(!CellInked(ed, pixels, w, ColumnOf(ed, 1, L"define"), 1, kFunction) &&
+                  CellInked(ed, pixels, w, ColumnOf(ed, 1, L"define"), 1, 0),
+              L"define, no built-in word, is black");
+    run.Shot(L"11-typed-code.png");
+}
+
+// The loop's body selected by keys (Ctrl+Home, Down, Shift+Down, Shift+End)
+// and indented with Tab: one undo step.
+void BlockIndentScreen(TourRun& run, Keyboard& keys)
+{
+    CVelmor& ed = *g_app.editor;
+    keys.Press(VK_HOME, kCtrl);
+    keys.Press(VK_DOWN, kPlain, kBodyFirst);
+    keys.Press(VK_DOWN, kShift, kBodyLast - kBodyFirst);
+    keys.Press(VK_END, kShift);
+    const int end = ed.GetLine(kBodyLast).GetLength();
+    run.Log(L"12 lines %d to %d (zero-based) selected by keys; Tab", kBodyFirst, kBodyLast);
+    run.Check(Is(ed.GetAnchorPos(), 0, kBodyFirst) && Is(ed.GetCursorPos(), end, kBodyLast),
+              L"Shift+Down and Shift+End extend the selection from the anchor");
+    keys.Press(VK_TAB);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"Tab indents each selected line by 4 spaces, and no other");
+    run.Check(Is(ed.GetAnchorPos(), 4, kBodyFirst) && Is(ed.GetCursorPos(), end + 4, kBodyLast),
+              L"the selection moves with its text");
+    run.Shot(L"12-block-indent.png");
+
+    keys.Press('Z', kCtrl);
+    run.Check(HoldsTyped(ed), L"Ctrl+Z (the control's accelerator) undoes the whole block indent in one step");
+    keys.Press('Y', kCtrl);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"Ctrl+Y redoes it");
+    Choose(ID_EDIT_UNINDENT);
+    run.Check(HoldsTyped(ed), L"Edit > Unindent takes 4 spaces off each line again");
+    keys.Press(VK_TAB, kShift);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"Shift+Tab indents, as Tab does");
+    Choose(ID_EDIT_UNINDENT);
+    Choose(ID_EDIT_INDENT);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"Edit > Indent indents the block");
+
+    // The same block selected from column 0: unindenting moves the ends
+    // left of it, and the demo sets them back on the text.
+    keys.Press(VK_HOME, kCtrl);
+    keys.Press(VK_DOWN, kPlain, kBodyFirst);
+    HMENU edit = InitEditMenu();
+    run.Check(Greyed(edit, ID_EDIT_UNINDENT), L"no selection: Unindent greyed (the control would indent)");
+    keys.Press(VK_DOWN, kShift, kBodyLast - kBodyFirst);
+    keys.Press(VK_END, kShift);
+    edit = InitEditMenu();
+    run.Check(!Greyed(edit, ID_EDIT_UNINDENT), L"a selection: Unindent enabled");
+    Choose(ID_EDIT_UNINDENT);
+    run.Check(HoldsTyped(ed) && Is(ed.GetAnchorPos(), 0, kBodyFirst) && Is(ed.GetCursorPos(), end, kBodyLast),
+              L"Edit > Unindent from column 0: the text unindented, the selection's ends kept on the text");
+    Choose(ID_EDIT_INDENT);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4), L"and indented again");
+}
+
+// A line cut with Ctrl+X and pasted a line higher with Ctrl+V; the Edit
+// menu's items as the control enables them; Ctrl+A, which the control's
+// accelerator table makes Redo; Select All from the menu; read-only.
+void ClipboardScreen(TourRun& run, Keyboard& keys)
+{
+    CVelmor& ed = *g_app.editor;
+    const int line = kBodyLast; // "        total += abs (x);"
+    const CString moved = ed.GetLine(line), above = ed.GetLine(line - 1), below = ed.GetLine(line + 1);
+    const int nLines = ed.GetLineCount();
+    keys.Press(VK_HOME, kCtrl);
+    keys.Press(VK_DOWN, kPlain, line);
+    HMENU edit = InitEditMenu();
+    run.Log(L"13 cut line %d (zero-based) with Ctrl+X, paste it a line higher with Ctrl+V", line);
+    run.Check(Greyed(edit, ID_EDIT_CUT) && Greyed(edit, ID_EDIT_COPY) && !Greyed(edit, ID_EDIT_SELECT_ALL),
+              L"no selection: Cut and Copy greyed, Select All enabled");
+    keys.Press(VK_DOWN, kShift);
+    edit = InitEditMenu();
+    run.Check(!Greyed(edit, ID_EDIT_CUT) && !Greyed(edit, ID_EDIT_COPY), L"a selection: Cut and Copy enabled");
+    OpenClipboard(g_app.hwnd);
+    EmptyClipboard();
+    CloseClipboard();
+    edit = InitEditMenu();
+    run.Check(Greyed(edit, ID_EDIT_PASTE), L"an empty clipboard: Paste greyed");
+
+    keys.Reset();
+    keys.Press('X', kCtrl);
+    run.Check(ClipboardText() == std::wstring(moved) + L"\r\n", L"the cut line is on the clipboard, ended by CR LF");
+    run.Check(ed.GetLineCount() == nLines - 1 && ed.GetLine(line) == below && Is(ed.GetCursorPos(), 0, line),
+              L"the line is gone, the caret where it began");
+    run.Check(g_app.keyNotifications == 0, L"a key the control's accelerators take posts no key notification");
+    edit = InitEditMenu();
+    run.Check(!Greyed(edit, ID_EDIT_PASTE), L"text on the clipboard: Paste enabled");
+    keys.Press(VK_UP);
+    keys.Press('V', kCtrl);
+    const CString pasted = ed.GetLine(line - 1);
+    run.Check(ed.GetLineCount() == nLines && ed.GetLine(line) == above,
+              L"the line is back, a line higher, above the vmessage line");
+    run.Check(pasted == moved + L"\r",
+              L"the pasted line keeps the clipboard's CR: only a line feed ends a pasted line");
+    run.Check(Is(ed.GetCursorPos(), above.GetLength(), line) && !ed.Selected(),
+              L"the caret at the end of the line the paste pushed down");
+    run.Shot(L"13-cut-and-paste.png");
+
+    keys.Press('Z', kCtrl);
+    run.Check(ed.GetLineCount() == nLines - 1 && ed.GetLine(line - 1) == above,
+              L"one Ctrl+Z undoes the whole paste");
+    keys.Press('Z', kCtrl);
+    run.Check(HoldsTyped(ed, kBodyFirst, kBodyLast, 4) && Is(ed.GetAnchorPos(), 0, line) &&
+                  Is(ed.GetCursorPos(), 0, line + 1),
+              L"a second undoes the cut: the text and the selection are back");
+    keys.Press('A', kCtrl);
+    run.Check(ed.GetLineCount() == nLines - 1 && ed.GetLine(line) == below && !ed.Selected(),
+              L"Ctrl+A is Redo in the control's accelerator table: the cut is done again, nothing selected");
+    keys.Press('Z', kCtrl);
+    Choose(ID_EDIT_SELECT_ALL);
+    const int last = ed.GetLineCount() - 1;
+    run.Check(Is(ed.GetAnchorPos(), 0, 0) && Is(ed.GetCursorPos(), ed.GetLine(last).GetLength(), last),
+              L"Edit > Select All selects everything");
+
+    // Read-only: the keys that edit change nothing; moving and copying work.
+    Choose(ID_VIEW_READONLY);
+    edit = InitEditMenu();
+    run.Check(Greyed(edit, ID_EDIT_CUT) && Greyed(edit, ID_EDIT_PASTE) && !Greyed(edit, ID_EDIT_COPY) &&
+                  Greyed(edit, ID_EDIT_INDENT),
+              L"read-only: the demo greys Cut, Paste and the indents; Copy stays");
+    keys.Press('C', kCtrl);
+    std::wstring joined;
+    for (int i = 0; i <= last; ++i)
+        joined += std::wstring(i ? L"\r\n" : L"") + (const wchar_t*)ed.GetLine(i);
+    run.Check(ClipboardText() == joined, L"Ctrl+C copies a read-only text, lines joined by CR LF");
+    CString all;
+    ed.UnloadText(all);
+    keys.Type(L"x\t\n");
+    keys.Press(VK_BACK);
+    keys.Press(VK_DELETE);
+    keys.Press('V', kCtrl);
+    keys.Press('X', kCtrl);
+    CString after;
+    ed.UnloadText(after);
+    run.Check(after == all, L"read-only: typing, Tab, Enter, Backspace, Delete, Ctrl+V and Ctrl+X change nothing");
+    keys.Press(VK_HOME, kCtrl);
+    keys.Press(VK_RIGHT, kPlain, 3);
+    run.Check(Is(ed.GetCursorPos(), 3, 0) && !ed.Selected(), L"read-only: the arrows still move the caret");
+    Choose(ID_VIEW_READONLY);
+}
+
 } // namespace
 
 int Tour(const std::wstring& dir)
@@ -421,5 +801,9 @@ int Tour(const std::wstring& dir)
     LongScriptScreen(run);
     ScrolledScreen(run);
     GoToLineScreen(run);
-    return run.Finish(10);
+    Keyboard keys;
+    TypedScreen(run, keys);
+    BlockIndentScreen(run, keys);
+    ClipboardScreen(run, keys);
+    return run.Finish(13);
 }
