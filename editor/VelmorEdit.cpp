@@ -222,12 +222,13 @@ void CVelmor::RemoveTab()
         k = UnindentCount(m_Text.LineRef(line), k, m_nTabSize);
         SetTextLine(m_Text.LineRef(line).Mid(k), line, false, true);
     }
+    // The ends move back with the text, not past column 0.
     if (c.y < a.y) {
-        _SetAnchorPos(c.x - k, c.y);
-        _SetCursorPos(a.x - k, a.y);
+        _SetAnchorPos(std::max((int)c.x - k, 0), c.y);
+        _SetCursorPos(std::max((int)a.x - k, 0), a.y);
     } else {
-        _SetAnchorPos(a.x - k, a.y);
-        _SetCursorPos(c.x - k, c.y);
+        _SetAnchorPos(std::max((int)a.x - k, 0), a.y);
+        _SetCursorPos(std::max((int)c.x - k, 0), c.y);
     }
     if (m_hWnd)
         SetRedraw(TRUE);

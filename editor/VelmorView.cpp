@@ -340,8 +340,10 @@ void CVelmor::RemoveSelected()
         if (m_ptAnchor.y >= 0 && m_ptAnchor.y < n) {
             const int a = std::min(m_ptAnchor.x, m_ptCursor.x), b = std::max(m_ptAnchor.x, m_ptCursor.x);
             const CString& line = m_Text.LineRef(m_ptAnchor.y);
-            m_ptAnchor.x = m_ptCursor.x = a;
+            // Recorded while the selection still stands, so that undoing a
+            // cut or a deletion brings the selection back with the text.
             SetTextLine(line.Left(a) + line.Mid(b), m_ptAnchor.y, false, true);
+            m_ptAnchor.x = m_ptCursor.x = a;
         }
     } else {
         while (m_ptCursor.y > m_ptAnchor.y + 1 && m_ptAnchor.y + 1 < (int)m_Text._GetSize()) {

@@ -350,6 +350,15 @@ TEST(Clipboard, CopyCutAndPaste)
     e.Key('V', true);
     EXPECT_EQ(CString(L"12345   T\r\nZ\n\n"), e.Text());
 
+    // A cut on one line: one undo brings back the text and the selection.
+    e->SetSelection(1, 0, 4, 0);
+    e.Key('X', true);
+    EXPECT_EQ(CString(L"15   T\r\nZ\n\n"), e.Text());
+    e->DoUndo();
+    EXPECT_EQ(CString(L"12345   T\r\nZ\n\n"), e.Text());
+    EXPECT_EQ(CPoint(1, 0), e->GetAnchorPos());
+    EXPECT_EQ(CPoint(4, 0), e->GetCursorPos());
+
     // Pasting over a selection is one step.
     e->SetSelection(0, 0, 2, 1);
     const wchar_t q[] = L"Q";
