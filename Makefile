@@ -16,7 +16,10 @@ PKG64 := $(DIST)/velmor-$(VERSION)-x86_64
 EXAMPLE32 := $(BUILD)/example-win32
 EXAMPLE64 := $(BUILD)/example-win64
 
-.PHONY: all deps native asan win64 win32 package examples test demo bench clean
+FUZZ := $(BUILD)/fuzz
+FUZZ_RUNS ?= 300000
+
+.PHONY: all deps native asan win64 win32 package examples fuzz test demo bench clean
 
 all: native win64 win32
 
@@ -43,6 +46,17 @@ native: $(NATIVE)/build.ninja
 asan: $(ASAN)/build.ninja
 	cmake --build $(ASAN) -j $(JOBS) --target native_tests
 
+# The line search and the comment markers under libFuzzer (clang, with
+# AddressSanitizer): a bounded run from an empty corpus.
+fuzz: | deps
+	mkdir -p $(FUZZ)
+	clang++ -std=c++17 -O1 -g -fsanitize=fuzzer,address,undefined -I. \
+	  framework/afxexcept.cpp framework/afxstr.cpp framework/afxstrmem.cpp \
+	  text/TextWalk.cpp text/TextSearch.cpp tests/fuzz/search_fuzz.cpp -o $(FUZZ)/search_fuzz
+	cd $(FUZZ) && ./search_fuzz -runs=$(FUZZ_RUNS) -max_len=200 -seed=1 >search_fuzz.log 2>&1 \
+	  || { tail -40 search_fuzz.log; exit 1; }
+	@tail -1 $(FUZZ)/search_fuzz.log
+
 win64: $(WIN64)/build.ninja
 	cmake --build $(WIN64) -j $(JOBS)
 
@@ -66,7 +80,7 @@ examples: package
 # Native tests; the packages and the i686 exception path, checked on their
 # binaries; then every Windows test and the x86_64 example host under a
 # private headless Wine session.
-test: native asan win64 win32 examples
+test: native asan win64 win32 examples fuzz
 	cd $(NATIVE) && ctest --output-on-failure
 	cd $(ASAN) && ctest --output-on-failure
 	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) $(PKG32)

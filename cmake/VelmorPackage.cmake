@@ -56,6 +56,7 @@ set(VELMOR_PUBLIC_HEADERS
   text/ScriptText.h
   text/Colorizer.h
   text/TextWalk.h
+  text/TextSearch.h
   gdi/OrvMemDC.h
   framework/afx.h
   framework/afxcmn.h

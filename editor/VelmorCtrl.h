@@ -10,6 +10,7 @@
 #include "../framework/afxwin.h"
 #include "../framework/afxcmn.h"
 #include "../text/ScriptText.h"
+#include "../text/TextSearch.h"
 #include "../text/TextWalk.h"
 #include "UndoFrame.h"
 #include <stack>
@@ -152,6 +153,15 @@ public:
     // Replaces the selection with text (tabs expanded, a line feed ends a
     // line) as one undo step; does not look at read-only.
     void ReplaceSelText(const wchar_t* pszText);
+
+    // Search, braces and comments. FindAndReplace selects the next match
+    // and returns its line (-1 none); nPos carries the column between calls.
+    int FindAndReplace(int nStartLine, int nEndLine, wchar_t* pszWhat, int& nPos, unsigned short wFlags);
+    int ReverseFindString(wchar_t* pszStr, wchar_t* pszWhat, int n);
+    int ReplaceString(wchar_t* pszText);
+    void FindMatchBrace();
+    void CommentOutSelect();
+    void UncommentSelected();
 
     // Undo history. Undo and redo replay one step each, with the caret and
     // anchor put back; neither checks read-only.
@@ -338,6 +348,9 @@ private:
     void PostKeyNotification();
     void BlockOf(int& nFirst, int& nLast, int& nFirstCol) const;
     CString SelectedText() const;
+    int FindFrom(int nStartLine, int nEndLine, const wchar_t* pszWhat, int& nPos, unsigned short wFlags,
+                 bool bMayWrap);
+    bool IsCommentAt(int nCol, int nLine);
     int CaretOffset(CDC* pDC) const;
     bool PreparePaintBuffer(CDC* pDC, CSize size);
     void ReleasePaintBuffer();

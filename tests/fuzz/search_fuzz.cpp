@@ -1,0 +1,71 @@
+// libFuzzer target for the line search and the comment markers. The input
+// is split at byte 0xFF into a line list (bytes, '\n' between lines) and a
+// search string; flags and a start column come from the first two bytes.
+// Checked: no out-of-bounds read anywhere (AddressSanitizer), results in
+// range, and for lines without block-comment markers, commenting each line
+// out and uncommenting it from column 0 gives the line back.
+#include "text/TextSearch.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+void Check(bool ok)
+{
+    if (!ok)
+        std::abort();
+}
+
+CString Decode(const uint8_t* p, size_t n)
+{
+    CString s;
+    for (size_t i = 0; i < n; ++i) {
+        // A small alphabet, so that matches and markers are frequent.
+        static const wchar_t kAlphabet[] = L" \tab/*_{}\"ABxyz09.";
+        s += kAlphabet[p[i] % (sizeof kAlphabet / sizeof kAlphabet[0] - 1)];
+    }
+    return s;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    if (size < 2)
+        return 0;
+    const unsigned short flags = data[0];
+    const int start = (int)(int8_t)data[1];
+    data += 2;
+    size -= 2;
+    size_t split = 0;
+    while (split < size && data[split] != 0xFF)
+        ++split;
+    const CString text = Decode(data, split);
+    const CString what = split < size ? Decode(data + split + 1, size - split - 1) : CString(L"a");
+
+    // Lines of up to 16 characters.
+    std::vector<CString> lines;
+    for (int from = 0; from < text.GetLength(); from += 16)
+        lines.push_back(text.Mid(from, 16));
+    if (lines.empty())
+        lines.push_back(CString());
+
+    for (const CString& line : lines) {
+        const int col = SearchLine(line, what.GetString(), start, flags);
+        Check(col >= -1 && col <= line.GetLength());
+        const int r = ReverseFind(line.GetString(), what.GetString(), start);
+        Check(r >= -1 && r < line.GetLength());
+        if (r >= 0)
+            Check(line.Mid(r, what.GetLength()) == what);
+        const CString commented = LineCommentOut(line);
+        Check(commented.GetLength() == line.GetLength() + 2);
+        if (line.Find(L"/*") < 0 && line.Find(L"*/") < 0)
+            Check(LineUncomment(commented, 0) == line);
+        (void)LineUncomment(line, start);
+        (void)FirstOf(line, L'{');
+    }
+    return 0;
+}

@@ -1,0 +1,179 @@
+// Find, replace, matching braces and commenting, as a host calls them on
+// a control in a real window: the match selected, the line returned, the
+// text read back, each change undone.
+#include "host.h"
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+namespace {
+
+struct Ed
+{
+    HostWindow host;
+    std::unique_ptr<CVelmor> ctl;
+    explicit Ed(const wchar_t* text)
+    {
+        LOGFONTW lf = TestFont();
+        ctl.reset(new CVelmor(host.wnd(), CRect(0, 0, 600, 200), 3, 4, &lf, 0));
+        ctl->LoadText(text);
+        ctl->ClearUndoHistory();
+        PumpMessages();
+    }
+    CVelmor* operator->() { return ctl.get(); }
+    CString Text()
+    {
+        CString s;
+        ctl->UnloadText(s);
+        return s;
+    }
+    int Find(const wchar_t* what, int& pos, unsigned short flags, int start = -1, int end = -1)
+    {
+        std::wstring w(what);
+        return ctl->FindAndReplace(start, end, &w[0], pos, flags);
+    }
+};
+
+std::wstring Numbered(int n)
+{
+    std::wstring s;
+    for (int i = 0; i < n; ++i)
+        s += L"line " + std::to_wstring(i) + L"\n";
+    return s;
+}
+
+} // namespace
+
+// Forwards from the first visible line, wrapping once to line 0 and
+// stopping before the start line; the match is selected, caret at its start.
+TEST(Search, ForwardsWithOneWrap)
+{
+    std::wstring text = Numbered(40);
+    text[text.find(L"line 2\n")] = L'L'; // "Line 2": found only when case matters
+    Ed e(text.c_str());
+    e->m_nFirstLine = 10;
+    int pos = 0;
+    EXPECT_EQ(10, e.Find(L"LINE", pos, 0)); // the first visible line, not the caret's
+    EXPECT_EQ(4, pos);
+    EXPECT_EQ(CPoint(0, 10), e->GetCursorPos());
+    EXPECT_EQ(CPoint(4, 10), e->GetAnchorPos());
+    EXPECT_EQ(::GetFocus(), e->m_hWnd);
+
+    pos = 0;
+    EXPECT_EQ(2, e.Find(L"Line", pos, VELMOR_FIND_MATCHCASE)); // wraps from the end to line 0
+    pos = 0;
+    EXPECT_EQ(-1, e.Find(L"Line", pos, VELMOR_FIND_MATCHCASE, 3, 2)); // the wrap stops before the start line
+    pos = 0;
+    EXPECT_EQ(-1, e.Find(L"line", pos, 0)); // ignoring case needs the text in upper case
+    pos = 0;
+    EXPECT_EQ(-1, e.Find(L"", pos, 0));
+    // Whole words: "subtotal" is rejected, and the rest of its line skipped.
+    e->LoadText(L"subtotal total\nx total\n");
+    pos = 0;
+    EXPECT_EQ(1, e.Find(L"TOTAL", pos, VELMOR_FIND_WHOLEWORD, 0));
+    EXPECT_EQ(CPoint(2, 1), e->GetCursorPos());
+}
+
+// Backwards from the caret's line; the default end (line 0) is never
+// searched, and a match at column 0 returns the line above.
+TEST(Search, Backwards)
+{
+    Ed e(L"total\nx total\ntotal y\nz\n");
+    e->SetSelection(0, 3, 0, 3);
+    int pos = 0;
+    EXPECT_EQ(1, e.Find(L"TOTAL", pos, VELMOR_FIND_BACKWARDS)); // line 2 at column 0: returns 1
+    EXPECT_EQ(CPoint(0, 2), e->GetCursorPos());
+    EXPECT_EQ(0, pos);
+    pos = 0;
+    EXPECT_EQ(1, e.Find(L"TOTAL", pos, VELMOR_FIND_BACKWARDS, 1));
+    EXPECT_EQ(CPoint(2, 1), e->GetCursorPos());
+    EXPECT_EQ(2, pos);
+    pos = 0;
+    e->SetSelection(0, 0, 0, 0);
+    // From line 0 backwards: wraps to the last line, which runs up to the start line.
+    EXPECT_EQ(-1, e.Find(L"Q", pos, VELMOR_FIND_BACKWARDS));
+    std::wstring s = L"xabcab";
+    std::wstring w = L"ab";
+    EXPECT_EQ(4, e->ReverseFindString(&s[0], &w[0], 0));
+    EXPECT_EQ(1, e->ReverseFindString(&s[0], &w[0], 4));
+}
+
+// Replacing the found text is one undo step; read-only refuses it.
+TEST(Search, ReplaceTheFoundText)
+{
+    Ed e(L"a = sin(x);\nb = sin(y);\n");
+    int pos = 0;
+    ASSERT_EQ(0, e.Find(L"SIN", pos, 0, 0));
+    std::wstring with = L"cos";
+    EXPECT_EQ(0, e->ReplaceString(&with[0]));
+    EXPECT_EQ(CString(L"a = cos(x);\nb = sin(y);\n\n"), e.Text());
+    ASSERT_EQ(1, e.Find(L"SIN", pos, 0, 0));
+    e->SetReadOnly(true);
+    e->ReplaceString(&with[0]);
+    EXPECT_EQ(CString(L"a = cos(x);\nb = sin(y);\n\n"), e.Text());
+    e->DoUndo();
+    EXPECT_EQ(CString(L"a = sin(x);\nb = sin(y);\n\n"), e.Text());
+}
+
+// The matching brace of the caret line's brace, skipping braces in
+// comments; an unclosed block sends the caret to the last line.
+TEST(Search, MatchingBrace)
+{
+    Ed e(L"define f ()\n{\n   if (x) {\n      /* } */ y;\n   }\n   z;\n}\n} else {\n");
+    e->SetSelection(0, 1, 0, 1);
+    e->FindMatchBrace();
+    EXPECT_EQ(CPoint(0, 6), e->GetCursorPos());
+    e->FindMatchBrace(); // and back up
+    EXPECT_EQ(CPoint(0, 1), e->GetCursorPos());
+    e->SetSelection(0, 2, 0, 2);
+    e->FindMatchBrace();
+    EXPECT_EQ(CPoint(3, 4), e->GetCursorPos()); // the "}" in the comment does not count
+    e->SetSelection(0, 7, 0, 7);
+    e->FindMatchBrace(); // "}" before "{" on one line: to that "}"
+    EXPECT_EQ(CPoint(0, 7), e->GetCursorPos());
+    e->LoadText(L"{\nnever closed\nlast\n");
+    e->FindMatchBrace();
+    EXPECT_EQ(CPoint(0, 3), e->GetCursorPos());
+    e->LoadText(L"x\n}\n");
+    e->SetSelection(0, 1, 0, 1);
+    e->FindMatchBrace(); // above line 0: the last line
+    EXPECT_EQ(CPoint(0, 2), e->GetCursorPos());
+}
+
+// Commenting out: whole lines get "//" one column left of their text, a
+// partial selection "/*" and "*/"; uncommenting takes them away; each is
+// one undo step and neither looks at read-only.
+TEST(Search, CommentingOutAndIn)
+{
+    Ed e(L"a = 1;\n    b = 2;\n  c = 3;\nd\n");
+    e->SetReadOnly(true);
+    e->SetSelection(0, 0, 8, 2);
+    e->CommentOutSelect();
+    EXPECT_EQ(CString(L"//a = 1;\n   // b = 2;\n // c = 3;\nd\n\n"), e.Text());
+    EXPECT_EQ(COLOR_CLOSED_COMMENT, e->m_Text._GetLineColors(1)[5]);
+    EXPECT_FALSE(e->Selected());
+    e->SetSelection(0, 0, 10, 2);
+    e->UncommentSelected();
+    EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+    e->DoUndo();
+    e->DoUndo();
+    EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+
+    e->SetSelection(2, 0, 5, 2); // from the middle of one line to the middle of another
+    e->CommentOutSelect();
+    EXPECT_EQ(CString(L"a /*= 1;\n    b = 2;\n  c =*/ 3;\nd\n\n"), e.Text());
+    EXPECT_EQ(COLOR_OPEN_COMMENT, e->m_Text._GetLineColors(1)[0]);
+    e->SetSelection(2, 0, 1, 2);
+    e->UncommentSelected();
+    EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+
+    e->SetSelection(4, 1, 9, 1); // within one line
+    e->CommentOutSelect();
+    EXPECT_EQ(CString(L"a = 1;\n    /*b = 2*/;\n  c = 3;\nd\n\n"), e.Text());
+    e->SetSelection(4, 1, 13, 1);
+    e->UncommentSelected();
+    EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+    e->SetSelection(3, 3, 3, 3);
+    e->CommentOutSelect(); // no selection: nothing
+    EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+}
