@@ -363,8 +363,15 @@ int CString::Remove(wchar_t ch)
 
 CString& CString::MakeUpper()
 {
-    for (int i = 0; i < GetLength(); ++i)
-        m_pch[i] = (wchar_t)towupper((wint_t)m_pch[i]);
+    const int len = GetLength();
+    for (int i = 0; i < len; ++i) {
+        const wchar_t c = m_pch[i];
+        // ASCII directly; the runtime's table for the rest.
+        if (c < 0x80)
+            m_pch[i] = c >= L'a' && c <= L'z' ? (wchar_t)(c - (L'a' - L'A')) : c;
+        else
+            m_pch[i] = (wchar_t)towupper((wint_t)c);
+    }
     return *this;
 }
 

@@ -1,6 +1,7 @@
 #include "TextSearch.h"
 #include "TextWalk.h"
 #include <cwchar>
+#include <cwctype>
 
 int AFXAPI ReverseFind(const wchar_t* str, const wchar_t* what, int n)
 {
@@ -22,19 +23,72 @@ int AFXAPI ReverseFind(const wchar_t* str, const wchar_t* what, int n)
     return -1;
 }
 
+namespace {
+
+inline wchar_t Upper(wchar_t c)
+{
+    if (c < 0x80)
+        return c >= L'a' && c <= L'z' ? (wchar_t)(c - (L'a' - L'A')) : c;
+    return (wchar_t)towupper((wint_t)c);
+}
+
+// The first occurrence at or after nFrom of what in the line as it reads in
+// upper case (what is compared as given), without making that copy.
+int FindUpper(const CString& line, const wchar_t* what, int nFrom)
+{
+    const int len = line.GetLength();
+    const int wlen = (int)std::wcslen(what);
+    if (nFrom < 0 || nFrom > len || wlen == 0)
+        return -1;
+    const wchar_t* p = line.GetString();
+    const wchar_t w0 = what[0];
+    // An ASCII letter may stand in either case; other ASCII only as itself.
+    const wchar_t w0low = w0 >= L'A' && w0 <= L'Z' ? (wchar_t)(w0 + (L'a' - L'A')) : w0;
+    const bool w0ascii = w0 < 0x80;
+    for (int i = nFrom; i + wlen <= len; ++i) {
+        const wchar_t c = p[i];
+        if (c != w0 && c != w0low && (w0ascii || c < 0x80))
+            continue;
+        if (Upper(c) != w0)
+            continue;
+        int k = 1;
+        while (k < wlen && Upper(p[i + k]) == what[k])
+            ++k;
+        if (k == wlen)
+            return i;
+    }
+    return -1;
+}
+
+} // namespace
+
 int AFXAPI SearchLine(const CString& line, const wchar_t* what, int nPos, unsigned short flags)
 {
     if (!what || !*what)
         return -1;
-    CString text = line;
-    if (!(flags & VELMOR_FIND_MATCHCASE))
-        text.MakeUpper();
-    const int col = (flags & VELMOR_FIND_BACKWARDS) ? ReverseFind(text.GetString(), what, nPos) : text.Find(what, nPos);
+    // Ignoring case, the line is compared in upper case. Forwards that is
+    // done on the fly; backwards on a copy that reuses one buffer per
+    // thread, so a search over many lines allocates nothing.
+    const bool bUpper = !(flags & VELMOR_FIND_MATCHCASE);
+    const bool bBack = (flags & VELMOR_FIND_BACKWARDS) != 0;
+    thread_local CString upper;
+    if (bUpper && bBack) {
+        upper.SetString(line.GetString(), line.GetLength());
+        upper.MakeUpper();
+    }
+    const CString& text = bUpper && bBack ? upper : line;
+    int col;
+    if (bBack)
+        col = ReverseFind(text.GetString(), what, nPos);
+    else if (bUpper)
+        col = FindUpper(line, what, nPos);
+    else
+        col = line.Find(what, nPos);
     if (col <= 0 || !(flags & VELMOR_FIND_WHOLEWORD))
         return col;
     const int end = col + (int)std::wcslen(what);
-    const bool before = IsWordChar(text[col - 1]);
-    const bool after = end < text.GetLength() && IsWordChar(text[end]);
+    const bool before = IsWordChar(Upper(line[col - 1]));
+    const bool after = end < line.GetLength() && IsWordChar(Upper(line[end]));
     return before || after ? -1 : col;
 }
 

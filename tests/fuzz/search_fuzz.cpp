@@ -24,7 +24,7 @@ CString Decode(const uint8_t* p, size_t n)
     CString s;
     for (size_t i = 0; i < n; ++i) {
         // A small alphabet, so that matches and markers are frequent.
-        static const wchar_t kAlphabet[] = L" \tab/*_{}\"ABxyz09.";
+        static const wchar_t kAlphabet[] = L" \tab/*_{}\"ABxyz09.\x00E9\x00C9";
         s += kAlphabet[p[i] % (sizeof kAlphabet / sizeof kAlphabet[0] - 1)];
     }
     return s;
@@ -56,6 +56,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (const CString& line : lines) {
         const int col = SearchLine(line, what.GetString(), start, flags);
         Check(col >= -1 && col <= line.GetLength());
+        // Ignoring case, forwards: the same as searching an upper-case copy.
+        CString upper = line;
+        upper.MakeUpper();
+        const int expected = what.IsEmpty() ? -1 : upper.Find(what.GetString(), start);
+        Check(SearchLine(line, what.GetString(), start, 0) == expected);
         const int r = ReverseFind(line.GetString(), what.GetString(), start);
         Check(r >= -1 && r < line.GetLength());
         if (r >= 0)

@@ -177,3 +177,49 @@ TEST(Search, CommentingOutAndIn)
     e->CommentOutSelect(); // no selection: nothing
     EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
 }
+
+// Bad input: nothing is found, nothing crashes, the text stays.
+TEST(Search, BadInput)
+{
+    Ed e(L"abc\nde\n");
+    const CString before = e.Text();
+    int pos = 0;
+    EXPECT_EQ(-1, e.Find(L"", pos, 0));
+    pos = 0;
+    EXPECT_EQ(-1, e.Find(L"ABCDEFGHIJKLMNOP", pos, 0));
+    for (int p : { -5, 99 }) {
+        for (unsigned short f : { (unsigned short)0, VELMOR_FIND_BACKWARDS, VELMOR_FIND_WHOLEWORD }) {
+            pos = p;
+            const int r = e.Find(L"B", pos, f);
+            EXPECT_TRUE(r == -1 || (r >= -1 && r < e->GetLineCount())) << p << " " << f;
+        }
+    }
+    for (int s : { -7, 50 }) {
+        for (int t : { -9, 60 }) {
+            pos = 0;
+            e.Find(L"D", pos, 0, s, t);
+            pos = 0;
+            e.Find(L"D", pos, VELMOR_FIND_BACKWARDS, s, t);
+        }
+    }
+    // Selections that end past the end of their line.
+    e->m_ptAnchor = CPoint(0, 0);
+    e->m_ptCursor = CPoint(40, 1);
+    e->CommentOutSelect();
+    e->m_ptAnchor = CPoint(0, 0);
+    e->m_ptCursor = CPoint(40, 1);
+    e->UncommentSelected();
+    e->m_ptAnchor = CPoint(1, 0);
+    e->m_ptCursor = CPoint(40, 0);
+    e->CommentOutSelect();
+    e->DoUndo();
+    e->DoUndo();
+    e->DoUndo();
+    EXPECT_EQ(before, e.Text());
+    e->m_ptCursor = CPoint(0, 70);
+    e->FindMatchBrace();
+    std::wstring with = L"x";
+    e->m_ptAnchor = CPoint(0, 0);
+    e->m_ptCursor = CPoint(0, 0);
+    EXPECT_EQ(0, e->ReplaceString(&with[0]));
+}
