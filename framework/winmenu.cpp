@@ -39,18 +39,29 @@ BOOL CMenu::LoadMenu(UINT nIDResource)
     return Attach(::LoadMenuW(AfxGetResourceHandle(), MAKEINTRESOURCEW(nIDResource)));
 }
 
+namespace {
+
+// Destroying a menu destroys its popups, at every depth: their temporary
+// wrappers must not outlive them.
+void DeletePopupTemps(HMENU hMenu)
+{
+    const int n = ::GetMenuItemCount(hMenu);
+    for (int i = 0; i < n; ++i)
+        if (HMENU hSub = ::GetSubMenu(hMenu, i)) {
+            DeletePopupTemps(hSub);
+            AfxGetThreadState().menuMap.DeleteTemp(hSub);
+        }
+}
+
+} // namespace
+
 BOOL CMenu::DestroyMenu()
 {
     if (!m_hMenu)
         return FALSE;
-    // Destroying a menu destroys its popups: their wrappers go first.
-    auto& map = AfxGetThreadState().menuMap;
-    const int n = ::GetMenuItemCount(m_hMenu);
-    for (int i = 0; i < n; ++i)
-        if (HMENU hSub = ::GetSubMenu(m_hMenu, i))
-            map.DeleteTemp(hSub);
+    DeletePopupTemps(m_hMenu);
     HMENU h = Detach();
-    map.DeleteTemp(h);
+    AfxGetThreadState().menuMap.DeleteTemp(h);
     return ::DestroyMenu(h);
 }
 
