@@ -37,6 +37,20 @@ const UINT WM_VELMOR_DRAWBARS = WM_USER + 0x0B01;
 
 // Resources compiled into the library.
 const UINT IDR_VELMOR_ACCEL = 129;
+const UINT IDR_VELMOR_MENU = 130;         // context menu with the word submenus
+const UINT IDR_VELMOR_MENU_COMPACT = 131; // context menu of compact mode
+
+// Commands of the context menu's word submenus: the base plus the index of
+// the word in its colorizer set. Each range is entered in the message map
+// from ID_VELMOR_WORD_FIRST to its last id, keywords first: the first entry
+// that holds an id takes it.
+const UINT ID_VELMOR_WORD_FIRST = 30000;
+const UINT ID_VELMOR_KEY_BASE = 30000;
+const UINT ID_VELMOR_KEY_LAST = 30500;
+const UINT ID_VELMOR_OPER_BASE = 31000;
+const UINT ID_VELMOR_OPER_LAST = 31500;
+const UINT ID_VELMOR_FUNC_BASE = 32000;
+const UINT ID_VELMOR_FUNC_LAST = 32500;
 
 // The framework's edit command ids the control handles (WM_COMMAND), with
 // update handlers for menus (CCmdUI).
@@ -218,6 +232,12 @@ protected:
     bool InSelection(int x, int y) const;
     void InvalidateAll(BOOL bErase);
 
+    // Context menu: updates the items of a menu, and of its popups, through
+    // the command-update handlers.
+    void UpdateMenuItems(CMenu* pMenu, BOOL bDisableIfNoHandler);
+    void AppendWordItems(CMenu* pMenu, const std::set<CString>& words, UINT nBase);
+    void InsertSetWord(const std::set<CString>& words, int nIndex, const wchar_t* pszSuffix);
+
     void StartAction();
     void EndAction();
     void StartUndoFrame();
@@ -264,6 +284,10 @@ protected:
     afx_msg void OnUpdateCut(CCmdUI* pCmdUI);
     afx_msg void OnUpdatePaste(CCmdUI* pCmdUI);
     afx_msg void OnUpdateSelectall(CCmdUI* pCmdUI);
+    afx_msg void OnContextMenu(CWnd* pWnd, CPoint point);
+    afx_msg void OnKeyInput(UINT nID);
+    afx_msg void OnOperInput(UINT nID);
+    afx_msg void OnFuncInput(UINT nID);
 
     DECLARE_MESSAGE_MAP()
 

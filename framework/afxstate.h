@@ -7,6 +7,7 @@
 inline void AfxSetHandle(CWnd* p, HWND h) { p->m_hWnd = h; }
 inline void AfxSetHandle(CGdiObject* p, HGDIOBJ h) { p->m_hObject = h; }
 inline void AfxSetHandle(CDC* p, HDC h) { p->m_hDC = p->m_hAttribDC = h; }
+inline void AfxSetHandle(CMenu* p, HMENU h) { p->m_hMenu = h; }
 
 // Maps handles to framework objects: permanent entries for objects attached
 // to their handle, temporary wrappers for handles met in passing (freed by
@@ -79,6 +80,7 @@ struct AFX_THREAD_STATE
     CHandleMap<HWND, CWnd> wndMap;
     CHandleMap<HGDIOBJ, CGdiObject> gdiMap;
     CHandleMap<HDC, CDC> dcMap; // temporary wrappers only
+    CHandleMap<HMENU, CMenu> menuMap;
 };
 
 AFX_THREAD_STATE& AfxGetThreadState();

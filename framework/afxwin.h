@@ -126,7 +126,11 @@ class CCmdTarget;
 class AFX_EXT_CLASS CCmdUI
 {
 public:
-    CCmdUI() : m_nID(0), m_nIndex(0), m_hMenu(nullptr), m_bEnableChanged(FALSE), m_bEnabled(TRUE), m_nCheck(0) {}
+    CCmdUI()
+        : m_nID(0), m_nIndex(0), m_nIndexMax(0), m_hMenu(nullptr), m_bEnableChanged(FALSE), m_bEnabled(TRUE),
+          m_nCheck(0)
+    {
+    }
     virtual ~CCmdUI() {}
     virtual void Enable(BOOL bOn = TRUE);
     virtual void SetCheck(int nCheck = 1);
@@ -136,6 +140,7 @@ public:
 
     UINT m_nID;
     UINT m_nIndex;
+    UINT m_nIndexMax; // the number of items of m_hMenu
     HMENU m_hMenu;
     BOOL m_bEnableChanged;
     BOOL m_bEnabled;
@@ -357,6 +362,49 @@ public:
 
 protected:
     HWND m_hWnd;
+};
+
+// ---------------------------------------------------------------------------
+// Menus
+
+// A menu handle. A menu the object created or loaded (or was attached to)
+// is destroyed with it; submenus and FromHandle give temporary wrappers of
+// handles owned elsewhere.
+class AFX_EXT_CLASS CMenu
+{
+public:
+    CMenu() : m_hMenu(nullptr) {}
+    virtual ~CMenu();
+    CMenu(const CMenu&) = delete;
+    CMenu& operator=(const CMenu&) = delete;
+
+    HMENU m_hMenu;
+    operator HMENU() const { return m_hMenu; }
+    HMENU GetSafeHmenu() const { return m_hMenu; }
+
+    static CMenu* PASCAL FromHandle(HMENU hMenu);
+    BOOL Attach(HMENU hMenu);
+    HMENU Detach();
+    BOOL CreatePopupMenu();
+    // From the resources of the library's module (AfxGetResourceHandle).
+    BOOL LoadMenu(UINT nIDResource);
+    BOOL DestroyMenu();
+
+    // A temporary wrapper of the popup at nPos, NULL when the item there is
+    // not a popup.
+    CMenu* GetSubMenu(int nPos) const;
+    // (UINT)-1 when the menu handle is not valid.
+    UINT GetMenuItemCount() const;
+    // The command id at nPos; (UINT)-1 for a popup, 0 for a separator.
+    UINT GetMenuItemID(int nPos) const;
+    UINT GetMenuState(UINT nIDItem, UINT nFlags) const;
+    int GetMenuString(UINT nIDItem, CString& rString, UINT nFlags) const;
+    BOOL AppendMenu(UINT nFlags, UINT_PTR nIDNewItem = 0, LPCTSTR lpszNewItem = nullptr);
+    BOOL RemoveMenu(UINT nPosition, UINT nFlags);
+    UINT EnableMenuItem(UINT nIDEnableItem, UINT nEnable);
+    // Runs the modal menu loop; the chosen command goes to pWnd as
+    // WM_COMMAND (or is returned with TPM_RETURNCMD).
+    BOOL TrackPopupMenu(UINT nFlags, int x, int y, CWnd* pWnd, LPCRECT lpRect = nullptr);
 };
 
 // ---------------------------------------------------------------------------

@@ -22,6 +22,7 @@ void AFXAPI AfxDeleteTempMaps()
     st.wndMap.DeleteTemps();
     st.gdiMap.DeleteTemps();
     st.dcMap.DeleteTemps();
+    st.menuMap.DeleteTemps();
 }
 
 // ---------------------------------------------------------------------------

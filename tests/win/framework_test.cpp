@@ -196,3 +196,66 @@ TEST(Framework, GdiObjectsSelectDrawAndRestore)
     EXPECT_EQ(0, GetObjectType(h)); // really deleted
     AfxDeleteTempMaps();
 }
+
+// Menus load from the library's resources; a submenu is a temporary
+// wrapper, the same object until the temporary maps are freed; items can
+// be removed, appended and read back; the loaded menu dies with its object.
+TEST(Framework, MenusLoadAndChange)
+{
+    HMENU hLoaded = nullptr;
+    {
+        CMenu menu;
+        ASSERT_TRUE(menu.LoadMenu(130));
+        hLoaded = menu.GetSafeHmenu();
+        EXPECT_TRUE(IsMenu(hLoaded));
+        EXPECT_FALSE(menu.LoadMenu(131)); // already holds a menu
+        EXPECT_EQ(&menu, CMenu::FromHandle(hLoaded));
+        CMenu* pPopup = menu.GetSubMenu(0);
+        ASSERT_NE(nullptr, pPopup);
+        EXPECT_EQ(pPopup, menu.GetSubMenu(0));
+        EXPECT_EQ(12u, pPopup->GetMenuItemCount());
+        EXPECT_EQ((UINT)-1, pPopup->GetMenuItemID(0));
+        EXPECT_EQ(0u, pPopup->GetMenuItemID(3));
+        EXPECT_EQ(57643u, pPopup->GetMenuItemID(4));
+        CString text;
+        EXPECT_EQ(11, pPopup->GetMenuString(11, text, MF_BYPOSITION));
+        EXPECT_EQ(CString(L"Select &All"), text);
+
+        CMenu* pVars = pPopup->GetSubMenu(0);
+        ASSERT_NE(nullptr, pVars);
+        EXPECT_EQ(nullptr, pPopup->GetSubMenu(4));
+        EXPECT_EQ(32773u, pVars->GetMenuItemID(0));
+        EXPECT_TRUE(pVars->RemoveMenu(0, MF_BYPOSITION));
+        EXPECT_EQ(0u, pVars->GetMenuItemCount());
+        EXPECT_TRUE(pVars->AppendMenu(MF_STRING, 30000, L"alpha"));
+        EXPECT_TRUE(pVars->AppendMenu(MF_STRING, 30001, L"beta"));
+        EXPECT_EQ(2u, pVars->GetMenuItemCount());
+        EXPECT_EQ(30001u, pVars->GetMenuItemID(1));
+        pVars->GetMenuString(30001, text, MF_BYCOMMAND);
+        EXPECT_EQ(CString(L"beta"), text);
+        pVars->EnableMenuItem(30000, MF_BYCOMMAND | MF_GRAYED);
+        EXPECT_TRUE(pVars->GetMenuState(30000, MF_BYCOMMAND) & MF_GRAYED);
+
+        // A CCmdUI bound to a menu enables and disables its item.
+        CCmdUI ui;
+        ui.m_hMenu = pVars->GetSafeHmenu();
+        ui.m_nIndex = 0;
+        ui.m_nIndexMax = pVars->GetMenuItemCount();
+        ui.Enable(TRUE);
+        EXPECT_FALSE(pVars->GetMenuState(0, MF_BYPOSITION) & MF_GRAYED);
+        ui.Enable(FALSE);
+        EXPECT_TRUE(pVars->GetMenuState(0, MF_BYPOSITION) & MF_GRAYED);
+    }
+    EXPECT_FALSE(IsMenu(hLoaded));
+
+    CMenu built;
+    ASSERT_TRUE(built.CreatePopupMenu());
+    EXPECT_EQ(0u, built.GetMenuItemCount());
+    HMENU h = built.Detach();
+    EXPECT_EQ(nullptr, built.GetSafeHmenu());
+    EXPECT_TRUE(IsMenu(h));
+    EXPECT_TRUE(built.Attach(h));
+    EXPECT_TRUE(built.DestroyMenu());
+    EXPECT_FALSE(IsMenu(h));
+    EXPECT_EQ((UINT)-1, built.GetMenuItemCount());
+}
