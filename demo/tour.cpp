@@ -976,6 +976,28 @@ void FindScreen(TourRun& run, Keyboard& keys)
     run.Check(LastFoundLine() == second && Is(ed.GetCursorPos(), ColumnOf(ed, second, L"clamp"), second),
               L"Shift+F3 searches up and wraps around from the top to the call");
 
+    // Edit > Replace... and its Replace All button: both calls of clamp.
+    Choose(ID_EDIT_REPLACE);
+    Pump();
+    dlg = FindDialog();
+    run.Check(dlg && IsWindowVisible(dlg) && FindWindowW(L"#32770", L"Replace") == dlg,
+              L"Edit > Replace... opens the system's Replace dialog");
+    if (dlg) {
+        SetDlgItemTextW(dlg, edt1, L"clamp");
+        SetDlgItemTextW(dlg, edt2, L"limit");
+        SendMessageW(dlg, WM_COMMAND, MAKEWPARAM(psh2, BN_CLICKED), (LPARAM)GetDlgItem(dlg, psh2));
+        run.Log(L"  Replace All \"clamp\" -> \"limit\": %ls", g_app.searchNote.c_str());
+        run.Check(LineOf(ed, L"clamp") < 0 && ColumnOf(ed, top, L"define limit (x") == 0 &&
+                      ColumnOf(ed, second, L"return limit ((x") > 0,
+                  L"Replace All from the dialog replaced both");
+        CloseFindDialog();
+        Pump();
+        keys.Press('Z', kCtrl, 2);
+        run.Check(LineOf(ed, L"limit") < 0 && ColumnOf(ed, top, L"clamp") == col &&
+                      LineOf(ed, L"clamp", top + 1) == second,
+                  L"two Ctrl+Z put clamp back");
+    }
+
     SearchRequest s = LastSearch();
     s.what = L"clam";
     s.wholeWord = true;
