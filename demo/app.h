@@ -16,6 +16,13 @@ enum Command : UINT
     ID_EDIT_GOTOLINE,
     ID_EDIT_INDENT,
     ID_EDIT_UNINDENT,
+    ID_EDIT_FIND,
+    ID_EDIT_FINDNEXT,
+    ID_EDIT_FINDPREV,
+    ID_EDIT_REPLACE,
+    ID_EDIT_MATCHBRACE,
+    ID_EDIT_COMMENTOUT,
+    ID_EDIT_UNCOMMENT,
     ID_VIEW_LINENUMBERS = 1101,
     ID_VIEW_COMPACT,
     ID_VIEW_READONLY,
@@ -44,6 +51,8 @@ struct App
     int fontSize = 100; // tenths of a point
     HACCEL accel = nullptr; // the host's own keys (Ctrl+G)
     int keyNotifications = 0; // VELMOR_WM_KEYNOTIFY messages received
+    bool quiet = false; // no message boxes (the tour runs unattended)
+    std::wstring searchNote; // what the last search said ("Cannot find ...")
 };
 
 extern App g_app;
@@ -59,7 +68,8 @@ void OnCommand(UINT id);
 // Enables and greys the items of a menu that is about to open.
 void UpdateMenuItems(HMENU popup);
 
-// One message of the loop: offered to the control's accelerators first
+// One message of the loop: offered to the open find or replace dialog
+// (IsDialogMessage, for its own keys), to the control's accelerators
 // (AfxPreTranslateMessage), then to the host's, then translated and
 // dispatched.
 void RouteMessage(MSG& msg);

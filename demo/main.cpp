@@ -3,13 +3,15 @@
 // own) with File, Edit, View and Debug menus; the control fills the client
 // area and takes the keyboard: its message loop offers every message to the
 // control's accelerators first (AfxPreTranslateMessage). The tour is in
-// tour.cpp, the Go To Line dialog in gotoline.cpp.
+// tour.cpp, the Go To Line dialog in gotoline.cpp, Find and Replace in
+// findreplace.cpp.
 //
 //   velmor-demo.exe [script]            opens a window
 //   velmor-demo.exe --tour <dir> [script]  plays a short scripted tour,
 //                                        writes a PNG of each screen into
 //                                        <dir>, prints the paths and exits
 #include "app.h"
+#include "findreplace.h"
 #include "gotoline.h"
 #include <commdlg.h>
 
@@ -174,6 +176,30 @@ bool GreyedWhenReadOnly(UINT id)
            id == ID_EDIT_UNINDENT;
 }
 
+// Whether the caret's line holds a brace: the control matches the braces of
+// the caret's line, whatever its column.
+bool CaretLineHasBrace()
+{
+    const CString line = g_app.editor->GetLine(g_app.editor->GetCurLine());
+    return line.Find(L'{') >= 0 || line.Find(L'}') >= 0;
+}
+
+// The state of the host's search, brace and comment items.
+bool SearchItemEnabled(UINT id)
+{
+    CVelmor* ed = g_app.editor.get();
+    switch (id) {
+    case ID_EDIT_FINDNEXT:
+    case ID_EDIT_FINDPREV: return !LastSearch().what.empty();
+    case ID_EDIT_REPLACE: return !g_app.readOnly;
+    case ID_EDIT_MATCHBRACE: return ed && CaretLineHasBrace();
+    // The control comments a selection out (and in) even when read-only.
+    case ID_EDIT_COMMENTOUT:
+    case ID_EDIT_UNCOMMENT: return ed && ed->Selected() && !g_app.readOnly;
+    }
+    return true;
+}
+
 // Asks the control whether it would run a command now, as its menu item
 // would show it.
 bool ControlCommandEnabled(UINT id)
@@ -279,6 +305,14 @@ HMENU BuildMenu()
     AppendMenuW(edit, MF_STRING, ID_EDIT_INDENT, L"&Indent the selected lines\tTab");
     AppendMenuW(edit, MF_STRING, ID_EDIT_UNINDENT, L"U&nindent the selected lines");
     AppendMenuW(edit, MF_STRING, ID_EDIT_TOGGLECOMMENT, L"Toggle c&omment on the caret line");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_COMMENTOUT, L"Co&mment Out the selection");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_UNCOMMENT, L"Uncommen&t the selection");
+    AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(edit, MF_STRING, ID_EDIT_FIND, L"&Find...\tCtrl+F");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_FINDNEXT, L"Find &Next\tF3");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_FINDPREV, L"Find Pre&vious\tShift+F3");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_REPLACE, L"R&eplace...\tCtrl+H");
+    AppendMenuW(edit, MF_STRING, ID_EDIT_MATCHBRACE, L"Match &Brace\tCtrl+B");
     AppendMenuW(edit, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(edit, MF_STRING, ID_EDIT_GOTOLINE, L"&Go To Line...\tCtrl+G");
     HMENU font = CreatePopupMenu();
@@ -313,6 +347,11 @@ HACCEL BuildAccelerators()
 {
     ACCEL keys[] = {
         { FVIRTKEY | FCONTROL, 'G', (WORD)ID_EDIT_GOTOLINE },
+        { FVIRTKEY | FCONTROL, 'F', (WORD)ID_EDIT_FIND },
+        { FVIRTKEY | FCONTROL, 'H', (WORD)ID_EDIT_REPLACE },
+        { FVIRTKEY | FCONTROL, 'B', (WORD)ID_EDIT_MATCHBRACE },
+        { FVIRTKEY, VK_F3, (WORD)ID_EDIT_FINDNEXT },
+        { FVIRTKEY | FSHIFT, VK_F3, (WORD)ID_EDIT_FINDPREV },
     };
     return CreateAcceleratorTableW(keys, (int)(sizeof keys / sizeof keys[0]));
 }
@@ -336,6 +375,12 @@ void PaintPattern(HDC dc)
 
 LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
 {
+    // Find Next, Replace, Replace All and closing, from the find dialogs.
+    if (msg == FindMessageId() && lParam) {
+        if (g_app.editor)
+            OnFindMessage(*reinterpret_cast<const FINDREPLACEW*>(lParam));
+        return 0;
+    }
     switch (msg) {
     case WM_SIZE:
         if (g_app.editor && g_app.editor->m_hWnd)
@@ -426,6 +471,8 @@ void UpdateMenuItems(HMENU popup)
             const bool on = !g_app.readOnly && (id != ID_EDIT_UNINDENT || (g_app.editor && g_app.editor->Selected()));
             EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (on ? MF_ENABLED : MF_GRAYED));
         }
+        if (id >= ID_EDIT_FIND && id <= ID_EDIT_UNCOMMENT)
+            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (SearchItemEnabled(id) ? MF_ENABLED : MF_GRAYED));
     }
 }
 
@@ -460,6 +507,31 @@ void OnCommand(UINT id)
             ToggleComment();
         break;
     case ID_EDIT_GOTOLINE: GoToLine(); break;
+    case ID_EDIT_FIND: OpenFindDialog(false); break;
+    case ID_EDIT_REPLACE:
+        if (!g_app.readOnly)
+            OpenFindDialog(true);
+        break;
+    // Without a search yet, F3 asks for one.
+    case ID_EDIT_FINDNEXT:
+    case ID_EDIT_FINDPREV:
+        if (LastSearch().what.empty())
+            OpenFindDialog(false);
+        else
+            FindAgain(id == ID_EDIT_FINDPREV);
+        break;
+    case ID_EDIT_MATCHBRACE:
+        if (CaretLineHasBrace())
+            ed.FindMatchBrace();
+        break;
+    case ID_EDIT_COMMENTOUT:
+        if (SearchItemEnabled(id))
+            ed.CommentOutSelect();
+        break;
+    case ID_EDIT_UNCOMMENT:
+        if (SearchItemEnabled(id))
+            ed.UncommentSelected();
+        break;
     // Tab indents the selected lines too; Shift+Tab does the same (the
     // control reads no Shift there), so unindenting is the menu's.
     case ID_EDIT_INDENT:
@@ -518,6 +590,10 @@ void OnCommand(UINT id)
 
 void RouteMessage(MSG& msg)
 {
+    // The open find dialog's own keys (Tab, Enter, Escape); messages for
+    // other windows pass on.
+    if (HWND dlg = FindDialog(); dlg && IsDialogMessageW(dlg, &msg))
+        return;
     // The control translates its accelerators here (a key-down addressed to
     // it); without this its keys would go straight to its key-down handling.
     if (AfxPreTranslateMessage(&msg))
