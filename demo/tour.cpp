@@ -1014,6 +1014,96 @@ void FindScreen(TourRun& run, Keyboard& keys)
     g_app.quiet = false;
 }
 
+// The context menu, driven from a thread timer inside its modal loop:
+// first the keys that open the "Variable" submenu, then, once the submenu
+// is up, a picture of the screen, then the menu is closed.
+struct ContextMenuDriver
+{
+    TourRun* run = nullptr;
+    int stage = 0;
+    int ticks = 0;
+    bool pictured = false;
+    std::vector<std::wstring> variables; // the words the submenu shows
+} g_context;
+
+void CALLBACK DriveContextMenu(HWND, UINT, UINT_PTR idEvent, DWORD)
+{
+    ContextMenuDriver& d = g_context;
+    if (++d.ticks > 100) {
+        KillTimer(nullptr, idEvent);
+        EndMenu();
+        return;
+    }
+    std::vector<HWND> popups;
+    for (HWND h = nullptr; (h = FindWindowExW(nullptr, h, L"#32768", nullptr)) != nullptr;)
+        if (IsWindowVisible(h))
+            popups.push_back(h);
+    if (popups.empty())
+        return;
+    if (d.stage == 0) {
+        // Down to "Variable", then open it.
+        for (UINT vk : { (UINT)VK_DOWN, (UINT)VK_RIGHT }) {
+            const UINT scan = MapVirtualKeyW(vk, MAPVK_VK_TO_VSC);
+            PostMessageW(g_app.editor->m_hWnd, WM_KEYDOWN, vk, 1 | (scan << 16));
+            PostMessageW(g_app.editor->m_hWnd, WM_KEYUP, vk, 1 | (scan << 16) | 0xC0000000);
+        }
+        d.stage = 1;
+        return;
+    }
+    if (popups.size() < 2)
+        return; // the submenu is not up yet
+    KillTimer(nullptr, idEvent);
+    for (HWND h : popups) {
+        HMENU menu = (HMENU)SendMessageW(h, MN_GETHMENU, 0, 0);
+        const int n = menu ? GetMenuItemCount(menu) : 0;
+        if (n <= 0 || GetMenuItemID(menu, 0) < 30000 || GetMenuItemID(menu, 0) >= 31000)
+            continue;
+        for (int i = 0; i < n; ++i) {
+            wchar_t text[128] = {};
+            GetMenuStringW(menu, (UINT)i, text, 128, MF_BYPOSITION);
+            d.variables.push_back(text);
+        }
+    }
+    RedrawWindow(nullptr, nullptr, nullptr, RDW_ALLCHILDREN | RDW_UPDATENOW);
+    d.pictured = SaveWindowPng(GetDesktopWindow(), d.run->Path(L"17-context-menu.png"));
+    d.run->Saved(d.pictured, L"17-context-menu.png");
+    EndMenu();
+}
+
+// A right click on the text: the control's own menu, its "Variable"
+// submenu listing the script's keywords and the host's variable names.
+void ContextMenuScreen(TourRun& run)
+{
+    CVelmor& ed = *g_app.editor;
+    // Host variables become words of the "Variable" submenu.
+    CStringArray& vars = ed.GetVarArray();
+    vars.RemoveAll();
+    vars.Add(L"Report_Title");
+    vars.Add(L"Threshold_High");
+    vars.Add(L"Threshold_Low");
+    ed.InitParserVariable();
+    const CString before = ed.GetLine(ed.GetCursorPos().y);
+
+    g_context = ContextMenuDriver();
+    g_context.run = &run;
+    SetTimer(nullptr, 0, 50, DriveContextMenu);
+    const CPoint at = CellPoint(ed, 6, ed.FirstVisibleLine() + 3);
+    PostMessageW(ed.m_hWnd, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(at.x, at.y));
+    PostMessageW(ed.m_hWnd, WM_RBUTTONUP, 0, MAKELPARAM(at.x, at.y));
+    for (int i = 0; i < 20 && !g_context.pictured; ++i)
+        Pump();
+    std::wstring words;
+    for (const std::wstring& w : g_context.variables)
+        words += (words.empty() ? L"" : L", ") + w;
+    run.Log(L"17 context menu: \"Variable\" holds %ls", words.c_str());
+    run.Check(g_context.pictured, L"the menu came up with its \"Variable\" submenu open");
+    run.Check(std::find(g_context.variables.begin(), g_context.variables.end(), L"Threshold_Low") !=
+                  g_context.variables.end(),
+              L"the host's variables are offered under \"Variable\"");
+    Pump();
+    run.Check(ed.GetLine(ed.GetCursorPos().y) == before, L"closing the menu changed nothing");
+}
+
 } // namespace
 
 int Tour(const std::wstring& dir)
@@ -1032,5 +1122,6 @@ int Tour(const std::wstring& dir)
     ClipboardScreen(run, keys);
     CommentScreen(run, keys);
     FindScreen(run, keys);
-    return run.Finish(16);
+    ContextMenuScreen(run);
+    return run.Finish(17);
 }
