@@ -117,6 +117,15 @@ void CreateEditor(const CString& text)
 
     g_app.editor = std::make_unique<CVelmor>(CWnd::FromHandle(g_app.hwnd), EditorRect(), kEditorId, 4,
                                              g_app.fontSize, L"Courier New", (BYTE)g_app.compact);
+    // The language's keywords are the host's to give (the control knows its
+    // operator and function words only).
+    static const wchar_t* const keywords[] = {
+        L"define", L"variable", L"if", L"else", L"return", L"while", L"for", L"foreach", L"forever", L"loop",
+        L"do", L"switch", L"case", L"break", L"continue", L"struct", L"typedef", L"private", L"public",
+        L"static", L"try", L"catch", L"throw", L"finally", L"_for", L"NULL",
+    };
+    for (const wchar_t* k : keywords)
+        g_app.editor->AddKey(const_cast<wchar_t*>(k));
     const bool modified = g_app.modified;
     LoadIntoEditor(text);
     g_app.modified = modified;

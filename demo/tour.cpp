@@ -636,6 +636,7 @@ void TypedScreen(TourRun& run, Keyboard& keys)
     CaptureWindowPixels(ed.m_hWnd, false, pixels, w, h);
     ::ShowCaret(ed.m_hWnd);
     const COLORREF kFunction = 0x00005AB4, kOperator = 0x00DC0000, kString = 0x00000AD2, kComment = 0x0000A100;
+    const COLORREF kKeyword = 0x00FF0078;
     const int lineIf = 4, lineSin = 7, lineString = 8;
     run.Check(CellInked(ed, pixels, w, 0, 0, kComment) && CellInked(ed, pixels, w, 10, 0, kComment),
               L"the // comment is green");
@@ -651,9 +652,9 @@ void TypedScreen(TourRun& run, Keyboard& keys)
     run.Check(CellInked(ed, pixels, w, ColumnOf(ed, lineString, L"\""), lineString, kString) &&
                   CellInked(ed, pixels, w, ColumnOf(ed, lineString, L"%.4f"), lineString, kString),
               L"the string is red");
-    run.Check(!CellInked(ed, pixels, w, ColumnOf(ed, 1, L"define"), 1, kFunction) &&
-                  CellInked(ed, pixels, w, ColumnOf(ed, 1, L"define"), 1, 0),
-              L"define, no built-in word, is black");
+    run.Check(!CellInked(ed, pixels, w, ColumnOf(ed, 1, L"define"), 1, 0) &&
+                  CellInked(ed, pixels, w, ColumnOf(ed, 1, L"define"), 1, kKeyword),
+              L"define, one of the keywords the demo gives the control, is in the keyword colour");
     run.Shot(L"11-typed-code.png");
 }
 
