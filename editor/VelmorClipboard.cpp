@@ -81,7 +81,7 @@ void CVelmor::DoCut()
         e->Delete();
     } catch (...) {
     }
-    m_bInAction = false;
+    AbandonAction();
     DrawCursor(true);
 }
 
@@ -112,9 +112,7 @@ void CVelmor::DoPaste()
         e->Delete();
     } catch (...) {
     }
-    m_bInAction = false;
-    if (m_bScrollPending)
-        ApplyScrollSizes();
+    AbandonAction();
     ::SetCursor(hOld);
 }
 

@@ -371,11 +371,13 @@ private:
     void KeyTail();
     void PostKeyNotification();
     void BlockOf(int& nFirst, int& nLast, int& nFirstCol) const;
+    void EndBlockShift(CPoint a, CPoint c, int nDelta);
+    void AbandonAction();
     CString SelectedText() const;
     int FindFrom(int nStartLine, int nEndLine, const wchar_t* pszWhat, int& nPos, unsigned short wFlags,
                  bool bMayWrap);
     bool IsCommentAt(int nCol, int nLine);
-    int CaretOffset(CDC* pDC) const;
+    int CaretOffset(CDC* pDC);
     bool PreparePaintBuffer(CDC* pDC, CSize size);
     void ReleasePaintBuffer();
     void PaintView(CDC* pDC, const CRect& rcClient, const CRect& rcPaint);

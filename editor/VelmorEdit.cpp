@@ -160,14 +160,32 @@ void CVelmor::DoEnter()
     UpdateAnchor(false);
 }
 
-// The lines and the first line's column of a block selection, and the
-// ends exchanged when the caret stands above the anchor.
+// The lines and the first line's column of a block selection.
 void CVelmor::BlockOf(int& nFirst, int& nLast, int& nFirstCol) const
 {
     const CPoint a = m_ptAnchor, c = m_ptCursor;
     nFirst = std::min(a.y, c.y);
     nLast = std::max(a.y, c.y);
     nFirstCol = a.y > c.y ? c.x : a.x;
+}
+
+// Ends a block indent or unindent: the selection (a anchor, c caret, as
+// they stood before) comes back shifted by nDelta columns, not past column
+// 0, its ends exchanged when the caret stood above the anchor; then the
+// picture, frozen meanwhile, is repainted.
+void CVelmor::EndBlockShift(CPoint a, CPoint c, int nDelta)
+{
+    auto shifted = [nDelta](LONG x) { return std::max((int)x + nDelta, 0); };
+    if (c.y < a.y) {
+        _SetAnchorPos(shifted(c.x), c.y);
+        _SetCursorPos(shifted(a.x), a.y);
+    } else {
+        _SetAnchorPos(shifted(a.x), a.y);
+        _SetCursorPos(shifted(c.x), c.y);
+    }
+    if (m_hWnd)
+        SetRedraw(TRUE);
+    InvalidateAll(TRUE);
 }
 
 void CVelmor::InsertTab()
@@ -183,30 +201,19 @@ void CVelmor::InsertTab()
     if (m_hWnd)
         SetRedraw(FALSE);
     CString tab = MakeTab(col);
-    const int n = tab.GetLength();
     const int lines = (int)m_Text._GetSize();
     for (int line = first; line <= last && line < lines; ++line) {
         _SetCursorPos(line == first ? col : 0, line);
         InsertString(tab, true);
     }
-    if (c.y < a.y) {
-        _SetAnchorPos(c.x + n, c.y);
-        _SetCursorPos(a.x + n, a.y);
-    } else {
-        _SetAnchorPos(a.x + n, a.y);
-        _SetCursorPos(c.x + n, c.y);
-    }
-    if (m_hWnd)
-        SetRedraw(TRUE);
-    InvalidateAll(TRUE);
+    EndBlockShift(a, c, tab.GetLength());
 }
 
 void CVelmor::RemoveTab()
 {
+    // Without a selection Shift+Tab indents, as Tab does.
     if (!Selected()) {
-        // Without a selection Shift+Tab indents, as Tab does.
-        CString tab = MakeTab(m_ptCursor.x);
-        InsertString(tab, true);
+        InsertTab();
         return;
     }
     const CPoint a = m_ptAnchor, c = m_ptCursor;
@@ -222,17 +229,7 @@ void CVelmor::RemoveTab()
         k = UnindentCount(m_Text.LineRef(line), k, m_nTabSize);
         SetTextLine(m_Text.LineRef(line).Mid(k), line, false, true);
     }
-    // The ends move back with the text, not past column 0.
-    if (c.y < a.y) {
-        _SetAnchorPos(std::max((int)c.x - k, 0), c.y);
-        _SetCursorPos(std::max((int)a.x - k, 0), a.y);
-    } else {
-        _SetAnchorPos(std::max((int)a.x - k, 0), a.y);
-        _SetCursorPos(std::max((int)c.x - k, 0), c.y);
-    }
-    if (m_hWnd)
-        SetRedraw(TRUE);
-    InvalidateAll(TRUE);
+    EndBlockShift(a, c, -k);
 }
 
 void CVelmor::IncreaseIndent()

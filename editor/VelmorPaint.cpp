@@ -1,5 +1,6 @@
 // Painting: background, margin, and the text cell by cell.
 #include "VelmorCtrl.h"
+#include "../gdi/BorrowedDC.h"
 #include "../gdi/OrvMemDC.h"
 #include <algorithm>
 #include <stdexcept>
@@ -106,15 +107,13 @@ void CVelmor::PaintWithBuffer(CPaintDC& dc, const CRect& rcClient, const CRect& 
         // and a bitmap costs more than drawing a line of text, so a small
         // update (a keystroke) reuses them. Only the update area is drawn
         // and copied to the screen.
-        CDC buffer;
-        buffer.Attach(m_hPaintDC);
+        CBorrowedDC buffer(m_hPaintDC);
         ::SelectClipRgn(m_hPaintDC, nullptr);
         ::IntersectClipRect(m_hPaintDC, rcPaint.left, rcPaint.top, rcPaint.right, rcPaint.bottom);
         PaintView(&buffer, rcClient, rcPaint);
         ::SelectClipRgn(m_hPaintDC, nullptr);
         ::BitBlt(dc.m_hDC, rcPaint.left, rcPaint.top, rcPaint.Width(), rcPaint.Height(), m_hPaintDC, rcPaint.left,
                  rcPaint.top, SRCCOPY);
-        buffer.Detach();
     } else {
         COrvMemDC memDC(&dc, nullptr);
         PaintView(&memDC, rcClient, rcPaint);

@@ -30,12 +30,10 @@ void CVelmor::ApplyScrollSizes()
     const DWORD dwStyle = GetStyle();
     if (!(dwStyle & (WS_VSCROLL | WS_HSCROLL)))
         return;
-    CRect rcClient;
-    GetClientRect(&rcClient);
     const int nLines = (int)m_Text._GetSize();
-    const int nVisible = std::min(rcClient.Height() / std::max(m_nLineHeight, 1), nLines);
+    const int nVisible = VisibleLines(false);
     const int nMaxLen = (int)m_Text.m_nMaxLineLen;
-    const int nCols = rcClient.Width() / std::max(m_nCharWidth, 1) - 1;
+    const int nCols = VisibleColumns();
 
     if (dwStyle & WS_VSCROLL)
         SetScrollBarIfChanged(SB_VERT, nLines > nVisible ? nLines - 1 : 0, std::max(nVisible, 0), m_nFirstLine);

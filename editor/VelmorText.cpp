@@ -54,7 +54,7 @@ void CVelmor::LoadText(const wchar_t* pszText)
     try {
         Reset();
     } catch (...) {
-        m_bInAction = false;
+        AbandonAction();
         throw;
     }
     if (!pszText)
@@ -82,7 +82,7 @@ void CVelmor::LoadText(const wchar_t* pszText)
             InsertLoadedLine(pszText, (int)nChars);
     } catch (...) {
         m_bDeferRecolour = m_bRecolourDue = false;
-        m_bInAction = false;
+        AbandonAction();
         throw;
     }
     m_bDeferRecolour = m_bRecolourDue = false;
@@ -163,11 +163,8 @@ void CVelmor::SetLine(const wchar_t* pszText, int nLine)
     try {
         SetTextLine(CString(pszText), nLine, false, true);
     } catch (...) {
-        // The action ends without an undo step; the scroll bars still
-        // follow whatever did change.
-        m_bInAction = false;
-        if (m_bScrollPending)
-            ApplyScrollSizes();
+        // The action ends without an undo step.
+        AbandonAction();
         DrawCursor(true);
         throw;
     }

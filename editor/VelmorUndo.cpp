@@ -11,10 +11,17 @@ void CVelmor::StartAction()
 void CVelmor::EndAction()
 {
     EndUndoFrame();
+    AbandonAction();
+    NotifyParent(EN_CHANGE);
+}
+
+// Leaves the action state, also for an edit that ended half-way (an
+// exception): the scroll bars that were left due follow what did change.
+void CVelmor::AbandonAction()
+{
     m_bInAction = false;
     if (m_bScrollPending)
         ApplyScrollSizes();
-    NotifyParent(EN_CHANGE);
 }
 
 void CVelmor::StartUndoFrame()

@@ -1,5 +1,6 @@
 // View geometry, scroll bars, the caret, positions and the selection.
 #include "VelmorCtrl.h"
+#include "../gdi/BorrowedDC.h"
 #include <algorithm>
 
 namespace {
@@ -100,19 +101,11 @@ void CVelmor::DrawCursor(bool bShow)
     // the same font on the same device, without fetching a window DC.
     int x;
     if (m_hPaintDC) {
-        CDC dc;
-        dc.Attach(m_hPaintDC);
-        CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
+        CBorrowedDC dc(m_hPaintDC);
         x = CaretOffset(&dc) + m_nLeftMargin;
-        if (pOld)
-            dc.SelectObject(pOld);
-        dc.Detach();
     } else {
         CClientDC dc(this);
-        CFont* pOld = m_font.m_hObject ? dc.SelectObject(&m_font) : nullptr;
         x = CaretOffset(&dc) + m_nLeftMargin;
-        if (pOld)
-            dc.SelectObject(pOld);
     }
     const int y = (m_ptCursor.y - m_nFirstLine) * m_nLineHeight;
     bool bMoved = true;
@@ -139,7 +132,7 @@ void CVelmor::DrawCursor(bool bShow)
 // character is at least a pixel wide, so no more characters than the client
 // area has pixels can stand left of a visible caret; a caret further right
 // stands off screen, where its exact place does not matter.
-int CVelmor::CaretOffset(CDC* pDC) const
+int CVelmor::CaretOffset(CDC* pDC)
 {
     if (m_ptCursor.y < 0 || m_ptCursor.y >= (int)m_Text._GetSize())
         return 0;
@@ -151,7 +144,11 @@ int CVelmor::CaretOffset(CDC* pDC) const
     CRect rc;
     GetClientRect(&rc);
     const int n = std::min(last - first, std::max(rc.Width(), 0) + 1);
-    return pDC->GetTextExtent(line.GetString() + first, n).cx;
+    CFont* pOld = m_font.m_hObject ? pDC->SelectObject(&m_font) : nullptr;
+    const int cx = pDC->GetTextExtent(line.GetString() + first, n).cx;
+    if (pOld)
+        pDC->SelectObject(pOld);
+    return cx;
 }
 
 // ---------------------------------------------------------------------------
