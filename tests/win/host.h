@@ -2,6 +2,7 @@
 // and pixels read back from the screen.
 #pragma once
 #include "editor/VelmorCtrl.h"
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -58,3 +59,50 @@ private:
 
 // The control font used throughout the tests.
 LOGFONTW TestFont(int pointTenths = 100);
+
+// "line 0\nline 1\n..." (n lines, each ended by a line feed).
+inline std::wstring Numbered(int n, const wchar_t* prefix = L"line ")
+{
+    std::wstring s;
+    for (int i = 0; i < n; ++i)
+        s += prefix + std::to_wstring(i) + L"\n";
+    return s;
+}
+
+// A control of class T (CVelmor, or a test's own class derived from it) in
+// a host window of its own, with the test font and a text loaded. With
+// compact, compact mode is set again after the load (a load resets it).
+// bClean empties the undo history the load left.
+template <class T = CVelmor> struct TestEditor
+{
+    HostWindow host;
+    std::unique_ptr<T> ctl;
+    TestEditor(const wchar_t* text, CRect rc, int nId, BYTE compact = 0, bool bClean = true)
+    {
+        LOGFONTW lf = TestFont();
+        ctl.reset(new T(host.wnd(), rc, nId, 4, &lf, compact));
+        ctl->LoadText(text);
+        if (compact)
+            ctl->m_bNoFrame = true;
+        if (bClean)
+            ctl->ClearUndoHistory();
+        PumpMessages();
+    }
+    T* operator->() { return ctl.get(); }
+    HWND hwnd() const { return ctl->m_hWnd; }
+    // The text as UnloadText gives it.
+    CString Text()
+    {
+        CString s;
+        ctl->UnloadText(s);
+        return s;
+    }
+    // EN_CHANGE notifications the parent has received.
+    int Changes() const
+    {
+        int n = 0;
+        for (const Notification& m : host.notifications)
+            n += m.code == EN_CHANGE;
+        return n;
+    }
+};

@@ -15,23 +15,13 @@ namespace {
 
 const int kId = 77;
 
-struct Ed
+struct Ed : TestEditor<>
 {
-    HostWindow host;
-    std::unique_ptr<CVelmor> ctl;
-    explicit Ed(const wchar_t* text, BYTE compact = 0)
+    explicit Ed(const wchar_t* text, BYTE compact = 0) : TestEditor(text, CRect(0, 0, 600, 400), kId, compact)
     {
-        LOGFONTW lf = TestFont();
-        ctl.reset(new CVelmor(host.wnd(), CRect(0, 0, 600, 400), kId, 4, &lf, compact));
-        ctl->LoadText(text);
-        if (compact)
-            ctl->m_bNoFrame = true;
-        ctl->ClearUndoHistory();
         ctl->SetFocus();
         Loop();
     }
-    CVelmor* operator->() { return ctl.get(); }
-    HWND hwnd() const { return ctl->m_hWnd; }
 
     // The host's message loop: accelerators first, then characters.
     void Loop()
@@ -74,19 +64,6 @@ struct Ed
             ASSERT_NE(-1, k) << "no key for " << (int)*s;
             Key(LOBYTE(k), false, (HIBYTE(k) & 1) != 0);
         }
-    }
-    CString Text()
-    {
-        CString t;
-        ctl->UnloadText(t);
-        return t;
-    }
-    int Changes() const
-    {
-        int n = 0;
-        for (auto& m : host.notifications)
-            n += m.code == EN_CHANGE;
-        return n;
     }
 };
 

@@ -98,36 +98,12 @@ void CALLBACK DriveMenu(HWND, UINT, UINT_PTR id, DWORD)
     }
 }
 
-struct Ed
+struct Ed : TestEditor<>
 {
-    HostWindow host;
-    std::unique_ptr<CVelmor> ctl;
-    explicit Ed(const wchar_t* text, BYTE compact = 0)
+    explicit Ed(const wchar_t* text, BYTE compact = 0) : TestEditor(text, CRect(10, 10, 610, 410), kId, compact)
     {
-        LOGFONTW lf = TestFont();
-        ctl.reset(new CVelmor(host.wnd(), CRect(10, 10, 610, 410), kId, 4, &lf, compact));
-        ctl->LoadText(text);
-        // LoadText resets the control, and a reset clears compact mode.
-        if (compact)
-            ctl->m_bNoFrame = true;
-        ctl->ClearUndoHistory();
         ctl->SetFocus();
         PumpMessages();
-    }
-    CVelmor* operator->() { return ctl.get(); }
-    HWND hwnd() const { return ctl->m_hWnd; }
-    CString Text()
-    {
-        CString t;
-        ctl->UnloadText(t);
-        return t;
-    }
-    int Changes() const
-    {
-        int n = 0;
-        for (auto& m : host.notifications)
-            n += m.code == EN_CHANGE;
-        return n;
     }
 
     // A right click at a client point (the system turns the button's
@@ -240,8 +216,9 @@ TEST(ContextMenu, NormalMenuOnRightClick)
         const std::vector<std::wstring> words = NonEmpty(*sets[s]);
         const std::vector<MenuItem>& sub = d.items[s].sub;
         // No built-in keywords: the Variable submenu starts empty.
-        if (s > 0)
+        if (s > 0) {
             ASSERT_FALSE(words.empty());
+        }
         ASSERT_EQ(words.size(), sub.size()) << "submenu " << s;
         for (size_t i = 0; i < words.size(); ++i) {
             EXPECT_EQ(words[i], sub[i].text) << "submenu " << s << " item " << i;
@@ -319,8 +296,9 @@ TEST(ContextMenu, CompactMenu)
         EXPECT_EQ(expected[i].first, d.items[i].text) << i;
         EXPECT_EQ(expected[i].second, d.items[i].id) << i;
         // (A separator always reads as grey.)
-        if (expected[i].second != 0)
+        if (expected[i].second != 0) {
             EXPECT_FALSE(d.items[i].grayed) << i;
+        }
         EXPECT_TRUE(d.items[i].sub.empty()) << i;
     }
     // Copy chosen without a selection does what Copy does then: nothing

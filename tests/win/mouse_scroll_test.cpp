@@ -12,19 +12,13 @@ namespace {
 
 const int kCellW = 8, kLineH = 15;
 
-struct Ed
+struct Ed : TestEditor<>
 {
-    HostWindow host;
-    std::unique_ptr<CVelmor> ctl;
     explicit Ed(const std::wstring& text, CRect rc = CRect(0, 0, 600, 400))
+        : TestEditor(text.c_str(), rc, 9, 0, false)
     {
-        LOGFONTW lf = TestFont();
-        ctl.reset(new CVelmor(host.wnd(), rc, 9, 4, &lf, 0));
-        ctl->LoadText(text.c_str());
         Paint();
     }
-    CVelmor* operator->() { return ctl.get(); }
-    HWND hwnd() const { return ctl->m_hWnd; }
     void Paint()
     {
         ::InvalidateRect(hwnd(), nullptr, FALSE);
@@ -46,21 +40,7 @@ struct Ed
     {
         ::SendMessageW(hwnd(), WM_MOUSEWHEEL, MAKEWPARAM(keys, (WORD)(short)delta), MAKELPARAM(100, 100));
     }
-    CString Text()
-    {
-        CString s;
-        ctl->UnloadText(s);
-        return s;
-    }
 };
-
-std::wstring Numbered(int n, const wchar_t* prefix = L"line ")
-{
-    std::wstring s;
-    for (int i = 0; i < n; ++i)
-        s += prefix + std::to_wstring(i) + L"\n";
-    return s;
-}
 
 int ScrollPos(HWND h, int bar)
 {

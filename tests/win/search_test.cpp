@@ -8,39 +8,15 @@
 
 namespace {
 
-struct Ed
+struct Ed : TestEditor<>
 {
-    HostWindow host;
-    std::unique_ptr<CVelmor> ctl;
-    explicit Ed(const wchar_t* text)
-    {
-        LOGFONTW lf = TestFont();
-        ctl.reset(new CVelmor(host.wnd(), CRect(0, 0, 600, 200), 3, 4, &lf, 0));
-        ctl->LoadText(text);
-        ctl->ClearUndoHistory();
-        PumpMessages();
-    }
-    CVelmor* operator->() { return ctl.get(); }
-    CString Text()
-    {
-        CString s;
-        ctl->UnloadText(s);
-        return s;
-    }
+    explicit Ed(const wchar_t* text) : TestEditor(text, CRect(0, 0, 600, 200), 3) {}
     int Find(const wchar_t* what, int& pos, unsigned short flags, int start = -1, int end = -1)
     {
         std::wstring w(what);
         return ctl->FindAndReplace(start, end, &w[0], pos, flags);
     }
 };
-
-std::wstring Numbered(int n)
-{
-    std::wstring s;
-    for (int i = 0; i < n; ++i)
-        s += L"line " + std::to_wstring(i) + L"\n";
-    return s;
-}
 
 } // namespace
 

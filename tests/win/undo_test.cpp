@@ -34,24 +34,10 @@ public:
     }
 };
 
-struct Ed
+// The load's own undo step is kept: some tests undo it.
+struct Ed : TestEditor<StepControl>
 {
-    HostWindow host;
-    std::unique_ptr<StepControl> ctl;
-    explicit Ed(const wchar_t* text)
-    {
-        LOGFONTW lf = TestFont();
-        ctl.reset(new StepControl(host.wnd(), CRect(0, 0, 600, 400), 5, 4, &lf, 0));
-        ctl->LoadText(text);
-        PumpMessages();
-    }
-    StepControl* operator->() { return ctl.get(); }
-    CString Text()
-    {
-        CString s;
-        ctl->UnloadText(s);
-        return s;
-    }
+    explicit Ed(const wchar_t* text) : TestEditor(text, CRect(0, 0, 600, 400), 5, 0, false) {}
     BOOL Enabled(UINT id)
     {
         CCmdUI ui;
@@ -60,13 +46,6 @@ struct Ed
         return ui.m_bEnabled;
     }
     void Command(UINT id) { ::SendMessageW(ctl->m_hWnd, WM_COMMAND, id, 0); }
-    int Changes()
-    {
-        int n = 0;
-        for (auto& m : host.notifications)
-            n += m.code == EN_CHANGE;
-        return n;
-    }
 };
 
 } // namespace
