@@ -114,14 +114,13 @@ void CVelmor::DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& t
     const bool bWasInAction = m_bInAction, bWasDeferring = m_bDeferRecolour;
     m_bInAction = m_bDeferRecolour = true;
     auto finish = [&] {
-        m_bInAction = bWasInAction;
         m_bDeferRecolour = bWasDeferring;
         if (!m_bDeferRecolour && m_bRecolourDue) {
             m_bRecolourDue = false;
             m_Text.FullUpdate();
         }
-        if (!m_bInAction && m_bScrollPending)
-            ApplyScrollSizes();
+        if (!bWasInAction)
+            AbandonAction();
     };
     try {
         to.push(ReplayUndoFrame(std::move(frame), target));
