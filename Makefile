@@ -46,7 +46,8 @@ native: $(NATIVE)/build.ninja
 asan: $(ASAN)/build.ninja
 	cmake --build $(ASAN) -j $(JOBS) --target native_tests
 
-# The line search and the comment markers under libFuzzer (clang, with
+# The line search and the comment markers, and the engine's record walker
+# over random memory, under libFuzzer (clang, with
 # AddressSanitizer): a bounded run from an empty corpus.
 fuzz: | deps
 	mkdir -p $(FUZZ)
@@ -56,6 +57,12 @@ fuzz: | deps
 	cd $(FUZZ) && ./search_fuzz -runs=$(FUZZ_RUNS) -max_len=200 -seed=1 >search_fuzz.log 2>&1 \
 	  || { tail -40 search_fuzz.log; exit 1; }
 	@tail -1 $(FUZZ)/search_fuzz.log
+	clang++ -std=c++17 -O1 -g -fsanitize=fuzzer,address,undefined -I. \
+	  engine/ValueFormat.cpp engine/Resolver.cpp engine/RecordMemory.cpp engine/RecordWalker.cpp \
+	  engine/ProcessMemory.cpp engine/ScriptLookup.cpp tests/fuzz/records_fuzz.cpp -o $(FUZZ)/records_fuzz
+	cd $(FUZZ) && ./records_fuzz -runs=$(FUZZ_RUNS) -max_len=2048 -timeout=5 -seed=1 >records_fuzz.log 2>&1 \
+	  || { tail -40 records_fuzz.log; exit 1; }
+	@tail -1 $(FUZZ)/records_fuzz.log
 
 win64: $(WIN64)/build.ninja
 	cmake --build $(WIN64) -j $(JOBS)
