@@ -58,6 +58,10 @@ set(VELMOR_PUBLIC_HEADERS
   text/TextWalk.h
   text/TextSearch.h
   gdi/OrvMemDC.h
+  engine/ValueTree.h
+  engine/EngineInspector.h
+  engine/EngineRecords.h
+  engine/RecordMemory.h
   framework/afx.h
   framework/afxcmn.h
   framework/afxdefs.h

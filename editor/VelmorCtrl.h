@@ -13,6 +13,7 @@
 #include "../text/TextSearch.h"
 #include "../text/TextWalk.h"
 #include "UndoFrame.h"
+#include "../engine/EngineInspector.h"
 #include <stack>
 
 class CHTMLCtrl;
@@ -30,6 +31,11 @@ const UINT_PTR VELMOR_TIP_TOOL = 1;
 // Posted to the parent on every key-down: wParam 0x0300, lParam the
 // control's dialog id.
 const UINT VELMOR_WM_KEYNOTIFY = 0x0B00;
+
+// Sent to the parent to evaluate the selection the mouse rests on while a
+// script is held: the result is a pointer to the value's 8-bit text (ANSI
+// code page), or 0.
+const UINT VELMOR_WM_EVALUATE = WM_APP + 0x408;
 
 // Posted by the control to itself: draw the scroll bars whose range or
 // position changed.
@@ -106,7 +112,8 @@ public:
     void SetReadOnly(bool bLock) { m_bLock = bLock; }
     bool IsLock() { return m_bLock; }
     void SetLineNumber(bool bOn) { m_bLineNumber = bOn; }
-    void SetRunning(bool bRunning) { m_bRunning = bRunning; }
+    // While running, the mouse shows values in a tip; clearing it hides the tip.
+    void SetRunning(bool bRunning);
     void SetRunningLine(int nLine) { m_nRunningLine = nLine; }
     void SetBreakLine(int nLine);
     void SetBreakLine(int nLine, int nMark);
@@ -128,6 +135,15 @@ public:
     CStringArray& GetVarArray() { return m_arrVars; }
     void SetScriptFun(void* pFunctionList, void* pStaticNameSpace, void* pLocalFrame);
     void SetLocalLog(void* pLocalLog) { m_pLocalLog = pLocalLog; }
+    // A host whose engine has no records the control can read gives it an
+    // inspection interface instead (null: back to the records).
+    void SetInspector(IVelmorInspector* pInspector) { m_pInspector = pInspector; }
+
+    // Variable inspection: the value text of the word at (column x, line y),
+    // the bare word, or empty; the selected text; UTF-8 of a UTF-16 text.
+    CString GetVariable(int x, int y);
+    BOOL GetHighlight(CString& text);
+    char* UnicodeToUTF8(const wchar_t* src, char* dst);
 
     // Positions and selection.
     CPoint GetCursorPos() { return CursorPos(); }
@@ -273,6 +289,7 @@ protected:
     afx_msg void OnUpdateUndo(CCmdUI* pCmdUI);
     afx_msg void OnUpdateRedo(CCmdUI* pCmdUI);
     afx_msg LRESULT OnDrawBars(WPARAM wParam, LPARAM lParam);
+    afx_msg LRESULT OnMouseLeave(WPARAM wParam, LPARAM lParam);
     afx_msg void OnKeyDown(UINT nChar, UINT nRepCnt, UINT nFlags);
     afx_msg void OnChar(UINT nChar, UINT nRepCnt, UINT nFlags);
     afx_msg UINT OnGetDlgCode();
@@ -383,6 +400,15 @@ private:
     void PaintView(CDC* pDC, const CRect& rcClient, const CRect& rcPaint);
     void PaintWithBuffer(CPaintDC& dc, const CRect& rcClient, const CRect& rcPaint);
     void SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos);
+    // The value tip.
+    void HoverAt(int col, int nLine, CPoint point);
+    int LookupHoverValue(int nLine);
+    bool CreateValueTip();
+    void ShowValueTip(const CString& text, CPoint point);
+    void HideValueTip();
+    void RefreshValueTip();
+    TOOLINFOW ValueTipInfo() const;
+    IVelmorInspector* m_pInspector;
 
     // Set between StartAction and EndAction: scroll bars are updated once
     // when the action ends (m_bScrollPending records that one is due).

@@ -47,6 +47,7 @@ BEGIN_MESSAGE_MAP(CVelmor, CWnd)
     ON_WM_SETFOCUS()
     ON_WM_TIMER()
     ON_MESSAGE(WM_VELMOR_DRAWBARS, &CVelmor::OnDrawBars)
+    ON_MESSAGE(WM_MOUSELEAVE, &CVelmor::OnMouseLeave)
 END_MESSAGE_MAP()
 
 void CVelmor::InitMembers(COLORREF crBackground)
@@ -61,6 +62,7 @@ void CVelmor::InitMembers(COLORREF crBackground)
     m_pFunctionList = nullptr;
     m_nHoverEndCol = -1;
     m_pHtmlView = nullptr;
+    m_pInspector = nullptr;
     m_nWideCharWidth = 0;
     std::memset(m_anCharWidth, 0, sizeof m_anCharWidth);
     m_nLeftMargin = 3;

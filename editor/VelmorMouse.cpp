@@ -72,8 +72,10 @@ void CVelmor::OnMouseMove(UINT nFlags, CPoint point)
     int col = DragColumn(m_Text.LineRef(caretLine), m_nFirstCol, point.x - m_nLeftMargin, Widths());
     col = std::max(0, std::min(col, m_Text.LineRef(nLine).GetLength()));
 
-    if (!m_bMouseDown)
-        return; // hovering while a script runs: the value tip's business
+    if (!m_bMouseDown) {
+        HoverAt(col, nLine, point); // a script is held: show the value under the mouse
+        return;
+    }
 
     const CPoint old = m_ptCursor;
     if (old == CPoint(col, nLine))

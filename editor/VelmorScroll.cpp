@@ -125,6 +125,8 @@ void CVelmor::OnTimer(UINT_PTR nIDEvent)
         if (m_nBreakLine >= 0 && (m_nBreakLine < FirstVisibleLine() || m_nBreakLine > LastVisibleLine()))
             ScrollToLine(m_nBreakLine < 4 ? 0 : m_nBreakLine - 4);
         RefreshLineNum(FALSE);
+    } else if (nIDEvent == VELMOR_TIMER_VALUETIP) {
+        RefreshValueTip();
     }
     CWnd::OnTimer(nIDEvent);
 }

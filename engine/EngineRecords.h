@@ -99,3 +99,12 @@ public:
 // Registers the engine's namespaces (null: none); process-wide, like the
 // engine itself. Returns the previous registration.
 extern "C" AFX_EXT_API IVelmorEngineNamespaces* VelmorRegisterEngineNamespaces(IVelmorEngineNamespaces* p);
+
+// Looks up the UTF-8 word in pszNameInOut (a 1024-byte buffer) as the
+// script sees it at line nLine and writes its value's text over it; returns
+// nonzero when found, else leaves the buffer as it was. The function whose
+// locals are searched is chosen by line from the function list that the
+// PREVIOUS call installed: the first lookup after loading finds only
+// namespace variables. Bad pointers give 0.
+extern "C" AFX_EXT_API int LookupScriptVariable(int line, char* nameInOut, void* pStaticNameSpace, void* pLocalFrame,
+                                                void* pFunctionList);
