@@ -1,4 +1,5 @@
 #include "ProcessMemory.h"
+#include <algorithm>
 #include <cstring>
 
 #ifdef _WIN32
@@ -18,6 +19,9 @@ bool ReadableProtection(DWORD protect)
 } // namespace
 
 // Whether [addr, end) lies in committed, readable memory, region by region.
+// The system describes memory from the queried page upwards; the known
+// range is widened down to the allocation's start when that is readable
+// too, since the walks go downwards as often as up (frames grow down).
 bool CProcessMemory::Readable(uint64_t addr, uint64_t end) const
 {
     while (addr < end) {
@@ -31,9 +35,22 @@ bool CProcessMemory::Readable(uint64_t addr, uint64_t end) const
         if (!VirtualQuery((LPCVOID)(uintptr_t)addr, &mbi, sizeof mbi) || mbi.State != MEM_COMMIT ||
             !ReadableProtection(mbi.Protect))
             return false;
-        m_regionBase = (uint64_t)(uintptr_t)mbi.BaseAddress;
-        m_regionEnd = m_regionBase + mbi.RegionSize;
-        addr = m_regionEnd;
+        uint64_t base = (uint64_t)(uintptr_t)mbi.BaseAddress;
+        const uint64_t top = base + mbi.RegionSize;
+        const uint64_t allocation = (uint64_t)(uintptr_t)mbi.AllocationBase;
+        MEMORY_BASIC_INFORMATION low;
+        if (allocation && allocation < base && VirtualQuery(mbi.AllocationBase, &low, sizeof low) &&
+            low.State == MEM_COMMIT && ReadableProtection(low.Protect) &&
+            (uint64_t)(uintptr_t)low.BaseAddress + low.RegionSize >= base)
+            base = allocation;
+        if (base <= m_regionEnd && top >= m_regionBase && m_regionEnd) {
+            m_regionBase = std::min(m_regionBase, base);
+            m_regionEnd = std::max(m_regionEnd, top);
+        } else {
+            m_regionBase = base;
+            m_regionEnd = top;
+        }
+        addr = top;
     }
     return true;
 }

@@ -62,6 +62,11 @@ bool CVelmorMemory::TextEquals(uint64_t addr, const char* s, size_t n) const
 {
     if (!addr)
         return false;
+    // Usually one read of the name and its NUL; near unreadable memory the
+    // careful way.
+    char quick[256];
+    if (n < sizeof quick && Read(addr, quick, n + 1))
+        return quick[n] == 0 && memcmp(quick, s, n) == 0;
     std::string text;
     return ReadText(addr, n, text) && text.size() == n && memcmp(text.data(), s, n) == 0;
 }
