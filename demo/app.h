@@ -2,6 +2,7 @@
 // window and control, and the commands the menus and the tour run.
 #pragma once
 #include "editor/VelmorCtrl.h"
+#include "hostengine.h"
 #include <memory>
 #include <string>
 
@@ -35,6 +36,7 @@ enum Command : UINT
     ID_DEBUG_STEP,
     ID_DEBUG_CLEAREXEC,
     ID_DEBUG_DISABLEBREAKS,
+    ID_DEBUG_HOLD,
 };
 
 struct App
@@ -48,6 +50,8 @@ struct App
     bool compact = false;
     bool readOnly = false;
     bool breaksDisabled = false;
+    bool holding = false; // the script is held at the execution line: the mouse shows values
+    CDemoEngine engine;
     int fontSize = 100; // tenths of a point
     HACCEL accel = nullptr; // the host's own keys (Ctrl+G)
     int keyNotifications = 0; // VELMOR_WM_KEYNOTIFY messages received

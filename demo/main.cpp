@@ -85,6 +85,8 @@ CRect EditorRect()
     return rc;
 }
 
+void SetChecks();
+
 void LoadIntoEditor(const CString& text)
 {
     g_app.editor->LoadText(text);
@@ -95,6 +97,11 @@ void LoadIntoEditor(const CString& text)
     // load itself).
     g_app.editor->ClearUndoHistory();
     g_app.modified = false;
+    // Another text: the engine no longer holds a script.
+    g_app.holding = false;
+    g_app.editor->SetRunning(false);
+    g_app.editor->SetInspector(nullptr);
+    SetChecks();
     UpdateTitle();
 }
 
@@ -163,6 +170,7 @@ void SetChecks()
     check(ID_VIEW_COMPACT, g_app.compact);
     check(ID_VIEW_READONLY, g_app.readOnly);
     check(ID_DEBUG_DISABLEBREAKS, g_app.breaksDisabled);
+    check(ID_DEBUG_HOLD, g_app.holding);
     for (UINT id = ID_VIEW_FONT_8; id <= ID_VIEW_FONT_14; ++id)
         check(id, g_app.fontSize == (int)(80 + 20 * (id - ID_VIEW_FONT_8)));
 }
@@ -282,6 +290,22 @@ void GoToLine()
     ed.GoToLine(line - 1);
 }
 
+// While holding, the host's engine has run the script down to the arrow
+// and the control asks it for the values under the mouse.
+void HoldAtArrow()
+{
+    CVelmor& ed = *g_app.editor;
+    if (g_app.holding && ed.m_nBreakLine >= 1) {
+        g_app.engine.RunTo(ed, ed.m_nBreakLine - 1);
+        ed.SetInspector(&g_app.engine);
+        ed.SetRunning(true);
+    } else {
+        g_app.holding = false;
+        ed.SetRunning(false);
+        ed.SetInspector(nullptr);
+    }
+}
+
 void ToggleBreakpoint(int line)
 {
     CVelmor& ed = *g_app.editor;
@@ -341,6 +365,8 @@ HMENU BuildMenu()
     AppendMenuW(debug, MF_STRING, ID_DEBUG_CLEAREXEC, L"&Clear the execution line");
     AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(debug, MF_STRING, ID_DEBUG_DISABLEBREAKS, L"&Disable breakpoints");
+    AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_HOLD, L"&Hold at the execution line (values under the mouse)");
     HMENU bar = CreateMenu();
     AppendMenuW(bar, MF_POPUP, (UINT_PTR)file, L"&File");
     AppendMenuW(bar, MF_POPUP, (UINT_PTR)edit, L"&Edit");
@@ -581,13 +607,31 @@ void OnCommand(UINT id)
         Refresh();
         break;
     case ID_DEBUG_TOGGLEBREAK: ToggleBreakpoint(ed.GetCurLine()); break;
-    case ID_DEBUG_SETEXEC: ed.SetBreakLine(ed.GetCurLine() + 1); ed.RefreshLineNum(TRUE); break;
+    case ID_DEBUG_SETEXEC:
+        ed.SetBreakLine(ed.GetCurLine() + 1);
+        ed.RefreshLineNum(TRUE);
+        HoldAtArrow();
+        break;
     case ID_DEBUG_STEP:
         if (ed.m_nBreakLine >= 1 && ed.m_nBreakLine < ed.GetLineCount())
             ed.SetBreakLine(ed.m_nBreakLine + 1);
         ed.RefreshLineNum(TRUE);
+        HoldAtArrow();
         break;
-    case ID_DEBUG_CLEAREXEC: ed.SetBreakLine(-1); ed.RefreshLineNum(TRUE); break;
+    case ID_DEBUG_CLEAREXEC:
+        ed.SetBreakLine(-1);
+        ed.RefreshLineNum(TRUE);
+        g_app.holding = false;
+        HoldAtArrow();
+        break;
+    case ID_DEBUG_HOLD:
+        g_app.holding = !g_app.holding;
+        if (g_app.holding && ed.m_nBreakLine < 1) {
+            ed.SetBreakLine(ed.GetCurLine() + 1); // hold at the caret line
+            ed.RefreshLineNum(TRUE);
+        }
+        HoldAtArrow();
+        break;
     case ID_DEBUG_DISABLEBREAKS:
         g_app.breaksDisabled = !g_app.breaksDisabled;
         ed.EnableBreaks(!g_app.breaksDisabled);

@@ -13,12 +13,27 @@ template <class T> struct ComPtr
 };
 }
 
-bool SaveWindowPng(HWND hwnd, const std::wstring& path)
+bool SaveWindowPng(HWND hwnd, const std::wstring& path, HWND overlay)
 {
     std::vector<DWORD> capture;
     int w = 0, h = 0;
     if (!CaptureWindowPixels(hwnd, true, capture, w, h))
         return false;
+    // Popups are windows of their own: their pixels are copied in where
+    // they stand on the screen, clipped to the window.
+    std::vector<DWORD> top;
+    int tw = 0, th = 0;
+    if (overlay && IsWindowVisible(overlay) && CaptureWindowPixels(overlay, true, top, tw, th)) {
+        RECT rw, ro;
+        GetWindowRect(hwnd, &rw);
+        GetWindowRect(overlay, &ro);
+        for (int y = 0; y < th; ++y)
+            for (int x = 0; x < tw; ++x) {
+                const int X = ro.left - rw.left + x, Y = ro.top - rw.top + y;
+                if (X >= 0 && Y >= 0 && X < w && Y < h)
+                    capture[(size_t)Y * w + X] = top[(size_t)y * tw + x];
+            }
+    }
     std::vector<BYTE> pixels((BYTE*)capture.data(), (BYTE*)capture.data() + capture.size() * 4);
     for (size_t i = 3; i < pixels.size(); i += 4)
         pixels[i] = 0xFF; // opaque

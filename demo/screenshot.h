@@ -3,4 +3,5 @@
 #include <windows.h>
 #include <string>
 
-bool SaveWindowPng(HWND hwnd, const std::wstring& path);
+// overlay: a popup over it (a tip) drawn in at its place on the screen.
+bool SaveWindowPng(HWND hwnd, const std::wstring& path, HWND overlay = nullptr);

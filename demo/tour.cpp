@@ -25,10 +25,10 @@ public:
     std::wstring Path(const wchar_t* name) const { return m_dir + L"\\" + name; }
 
     // Lets the queued paints and timers run, then writes the main window.
-    void Shot(const wchar_t* name)
+    void Shot(const wchar_t* name, HWND overlay = nullptr)
     {
         Pump();
-        Saved(SaveWindowPng(g_app.hwnd, Path(name)), name);
+        Saved(SaveWindowPng(g_app.hwnd, Path(name), overlay), name);
     }
     void Saved(bool ok, const wchar_t* name)
     {
@@ -1105,6 +1105,55 @@ void ContextMenuScreen(TourRun& run)
     run.Check(ed.GetLine(ed.GetCursorPos().y) == before, L"closing the menu changed nothing");
 }
 
+// Held at the execution line, the mouse rests on a structure: the tip shows
+// its fields, as the host's engine holds them, beside the arrow.
+void ValueTipScreen(TourRun& run)
+{
+    if (!OpenFile(SamplePath(L"sample.sl"))) {
+        run.Fail(L"cannot open samples\\sample.sl");
+        return;
+    }
+    Pump();
+    CVelmor& ed = *g_app.editor;
+    const int stop = LineOf(ed, L"vmessage (\"%s at");
+    // The mouse rests on the structure's declaration, a few lines above the
+    // arrow, so that the tip fits in the window below it.
+    const int decl = LineOf(ed, L"variable station");
+    const int col = ColumnOf(ed, decl, L"station");
+    if (stop < 0 || decl < 0 || col < 0) {
+        run.Fail(L"samples\\sample.sl lacks the station");
+        return;
+    }
+    ed.GoToXY(0, stop);
+    Choose(ID_DEBUG_SETEXEC);
+    Choose(ID_DEBUG_HOLD);
+    Pump();
+    // The script above the arrow in view, and room below it for the tip.
+    for (int i = ed.FirstVisibleLine(); i < stop - 16; ++i)
+        SendMessageW(ed.m_hWnd, WM_VSCROLL, SB_LINEDOWN, 0);
+    Pump();
+    const CPoint at = CellPoint(ed, col + 2, decl);
+    Mouse(ed, WM_MOUSEMOVE, 0, at);
+    Pump();
+    CString tip;
+    const bool shown = ed.m_wndValueTip.m_hWnd && IsWindowVisible(ed.m_wndValueTip.m_hWnd);
+    if (shown)
+        ed.m_wndValueTip.GetText(tip, &ed, VELMOR_TIP_TOOL);
+    std::wstring oneLine;
+    for (wchar_t c : std::wstring(tip.GetString()))
+        oneLine += c == L'\n' ? std::wstring(L" | ") : std::wstring(1, c);
+    run.Log(L"18 held at line %d (one-based %d) with %u variables; the tip says: %ls", stop, stop + 1,
+            (unsigned)g_app.engine.VariableCount(), oneLine.c_str());
+    run.Check(shown, L"the value tip is up");
+    run.Check(wcsstr(tip, L"station\n    name=\"sensor A\"\n") != nullptr &&
+                  wcsstr(tip, L"    latitude=51.480000\n") != nullptr && wcsstr(tip, L"    count=5\n") != nullptr,
+              L"it lists the structure's fields with their values");
+    run.Shot(L"18-value-tip.png", ed.m_wndValueTip.m_hWnd);
+    Choose(ID_DEBUG_HOLD);
+    Pump();
+    run.Check(!IsWindowVisible(ed.m_wndValueTip.m_hWnd), L"letting the script go hides the tip");
+}
+
 } // namespace
 
 int Tour(const std::wstring& dir)
@@ -1124,5 +1173,6 @@ int Tour(const std::wstring& dir)
     CommentScreen(run, keys);
     FindScreen(run, keys);
     ContextMenuScreen(run);
-    return run.Finish(17);
+    ValueTipScreen(run);
+    return run.Finish(18);
 }

@@ -69,6 +69,15 @@ private:
     int m_nLine;
 };
 
+// The tip draws a tab as a box: the structures' field lines are indented
+// with spaces on the screen (the text itself keeps its tabs).
+CString TipDisplayText(const CString& text)
+{
+    CString s = text;
+    s.Replace(L"\t", L"    ");
+    return s;
+}
+
 } // namespace
 
 char* CVelmor::UnicodeToUTF8(const wchar_t* src, char* dst)
@@ -192,7 +201,7 @@ void CVelmor::ShowValueTip(const CString& text, CPoint point)
     }
     if (m_wndValueTip.IsWindowVisible())
         return;
-    m_wndValueTip.UpdateTipText(text, this, VELMOR_TIP_TOOL);
+    m_wndValueTip.UpdateTipText(TipDisplayText(text), this, VELMOR_TIP_TOOL);
     POINT pt = {point.x, point.y + m_nLineHeight};
     ::ClientToScreen(m_hWnd, &pt);
     m_wndValueTip.SendMessage(TTM_TRACKPOSITION, 0, MAKELPARAM(pt.x, pt.y));
@@ -250,7 +259,7 @@ void CVelmor::RefreshValueTip()
     memset(m_szValueBuf, 0, sizeof m_szValueBuf);
     EncodeUTF8(m_strHoverWord, m_szValueBuf, sizeof m_szValueBuf);
     LookupHoverValue(m_nHoverLine);
-    m_wndValueTip.UpdateTipText(FromAnsi(m_szValueBuf), this, VELMOR_TIP_TOOL);
+    m_wndValueTip.UpdateTipText(TipDisplayText(FromAnsi(m_szValueBuf)), this, VELMOR_TIP_TOOL);
     m_wndValueTip.Update();
 }
 

@@ -33,3 +33,12 @@ define report (name, a)
 variable r = report (label, readings);
 variable angle = atan (r) + sin (r) * cos (r) xor 1;
 @-
+
+% The station of this report. Make the vmessage line below the execution
+% line, hold there (Debug menu) and rest the mouse on "station".
+variable station = struct { name, latitude, readings, count };
+station.name = label;
+station.latitude = 51.48;
+station.readings = readings;
+station.count = 5;
+vmessage ("%s at %.2f: %d readings", station.name, station.latitude, station.count);

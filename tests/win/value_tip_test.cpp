@@ -149,7 +149,7 @@ TEST(ValueTip, HoverShowsRecordValuesRefreshesAndFollowsTheMouse)
     e.Hover(17, 1);
     EXPECT_EQ(e.TipText(), L"pos.y=4");
     e.Hover(1, 3);
-    EXPECT_EQ(e.TipText(), L"pos\n\tx=3\n\ty=4\n");
+    EXPECT_EQ(e.TipText(), L"pos\n    x=3\n    y=4\n"); // tabs shown as spaces
     e.Hover(5, 3);
     EXPECT_EQ(e.TipText(), L"name=\"abc\"");
     EXPECT_TRUE(e.TimerWasRunning());
@@ -219,7 +219,7 @@ TEST(ValueTip, InspectionInterfaceGivesTheSameTexts)
     e->SetRunning(true);
     e.Hover(1, 3);
     ASSERT_TRUE(e.TipVisible());
-    EXPECT_EQ(e.TipText(), L"pos\n\tx=3\n\ty=4.500000\n");
+    EXPECT_EQ(e.TipText(), L"pos\n    x=3\n    y=4.500000\n");
     e.Hover(17, 1);
     EXPECT_EQ(e.TipText(), L"pos.y=4.500000");
     e.Hover(5, 1);
