@@ -335,3 +335,47 @@ TEST(ValueTip, GarbagePointersFindNothingAndLeakNothing)
     EXPECT_FALSE(e.TipVisible());
     VirtualFree(low, 0, MEM_RELEASE);
 }
+
+namespace {
+// The engine build's namespaces: one global in the records and one
+// intrinsic read by push; the log hook records what it was handed.
+class HostNamespaces : public IVelmorEngineNamespaces
+{
+public:
+    uint32_t global = 0;
+    std::vector<void*> logged;
+    void LogLookup(void* pLocalLog) override { logged.push_back(pLocalLog); }
+    int FindName(const char* pszName, void*, const CVelmorMemory&, CVelmorNameHit& hit) override
+    {
+        if (!strcmp(pszName, "Threshold")) {
+            hit.object = global;
+            return hit.nKind = CVelmorNameHit::kObject;
+        }
+        if (!strcmp(pszName, "_version")) {
+            hit.value = CVelmorValue::Int(VELMOR_T_INT, 20303);
+            return hit.nKind = CVelmorNameHit::kValue;
+        }
+        return CVelmorNameHit::kNotFound;
+    }
+};
+} // namespace
+
+TEST(ValueTip, NamespacesOfTheEngineBuildAndTheLogHook)
+{
+    EngineImage eng;
+    HostNamespaces ns;
+    ns.global = eng.img.NewObject();
+    eng.img.DoubleObject(ns.global, 0.75);
+    eng.Publish();
+    IVelmorEngineNamespaces* old = VelmorRegisterEngineNamespaces(&ns);
+    TipEditor e(L"Threshold _version count\n");
+    int log = 0;
+    e->SetLocalLog(&log);
+    e->SetScriptFun(eng.P(eng.list), nullptr, eng.P(eng.frame));
+    EXPECT_EQ(e->GetVariable(1, 0), CString(L"Threshold=0.750000"));
+    EXPECT_EQ(e->GetVariable(12, 0), CString(L"_version=20303"));
+    EXPECT_EQ(e->GetVariable(20, 0), CString(L"count=42")); // locals first
+    ASSERT_EQ(ns.logged.size(), 3u);
+    EXPECT_EQ(ns.logged[0], &log);
+    EXPECT_EQ(VelmorRegisterEngineNamespaces(old), &ns);
+}
