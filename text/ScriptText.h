@@ -1,11 +1,16 @@
 // CScriptText: the lines of one document and, beside each line, one colour
 // per character. Block-comment state is carried in the colours themselves
 // (see Colorizer.h), so a change that opens or closes a comment recolours
-// the lines after it.
+// the lines after it. With a line-local colorizer that recolouring is
+// lazy: lines are coloured as they are read (see ColourProgress.h), and
+// every colour read is the one the recolouring would have given at once.
 #pragma once
 #include "Colorizer.h"
 #include <map>
+#include <memory>
 #include <vector>
+
+class CColourProgress;
 
 class AFX_EXT_CLASS CScriptText
 {
@@ -19,8 +24,9 @@ public:
     CScriptText& operator=(CScriptText& other);
 
     CColorizer* GetColorizer() { return m_pColorizer; }
-    // Stores the colorizer only; the caller recolours with FullUpdate.
-    void SetColorizer(CColorizer* p) { m_pColorizer = p; }
+    // Stores the colorizer only; the caller recolours with FullUpdate. A
+    // recolouring still outstanding is finished with the old one first.
+    void SetColorizer(CColorizer* p);
 
     // Inserts text as line nLine; bColor colours it at once (otherwise it
     // stays uncoloured until FullUpdate). An index past the end appends.
@@ -53,6 +59,9 @@ public:
     // Direct read access for painting and export; nLine must be valid.
     const CString& LineRef(int nLine) const { return m_arrLines.GetAt(nLine); }
 
+    // m_LineColors read directly may hold colours of lines not coloured
+    // yet by an outstanding recolouring; _GetLineColors colours them first.
+
 private:
     std::vector<unsigned long>& Colors(int nLine);
     void ColorLine(int nLine);
@@ -69,4 +78,6 @@ public:
 private:
     // Number of lines of each length (only lengths that occur).
     std::map<int, long> m_LengthCount;
+    // How far the colours are right; drives the lazy recolouring.
+    std::unique_ptr<CColourProgress> m_pProgress;
 };
