@@ -69,14 +69,15 @@ void CColourProgress::Inserted(int nLine, int nLines)
         ++m_nFirstDirty;
     if (m_nLastDirty >= nLine)
         ++m_nLastDirty;
-    // The new line, and the line after it with its new predecessor.
-    Dirty(nLine, nLine + 1, nLines);
+    // The line after it needs no mark: a recolouring reaches it only
+    // through this unchained line, and checks it against the state it gets.
+    Dirty(nLine, nLine, nLines);
 }
 
 void CColourProgress::Changed(int nLine, int nLines)
 {
     m_Lines[(size_t)nLine] = 0;
-    Dirty(nLine, nLine + 1, nLines);
+    Dirty(nLine, nLine, nLines);
 }
 
 void CColourProgress::Removed(int nLine, int nLines)
