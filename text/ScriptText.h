@@ -59,9 +59,6 @@ public:
     // Direct read access for painting and export; nLine must be valid.
     const CString& LineRef(int nLine) const { return m_arrLines.GetAt(nLine); }
 
-    // m_LineColors read directly may hold colours of lines not coloured
-    // yet by an outstanding recolouring; _GetLineColors colours them first.
-
 private:
     std::vector<unsigned long>& Colors(int nLine);
     void ColorLine(int nLine);
@@ -73,6 +70,8 @@ public:
     CStringArray m_arrLines;
     CColorizer m_DefColorizer;
     CColorizer* m_pColorizer;
+    // Read directly, a line still owed a lazy recolouring shows its old
+    // colours; _GetLineColors colours it first.
     std::vector<std::vector<unsigned long>> m_LineColors;
 
 private:
