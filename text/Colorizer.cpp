@@ -151,11 +151,15 @@ inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, in
 
 bool SampleCommentFlagAfter(const CString& line, bool bInComment)
 {
-    // Every delimiter holds a slash: a line without one leaves the flag.
+    // Only a "/*" or "*/" can change the flag: a line whose slashes have
+    // no star beside them leaves it as it was.
     const int len = line.GetLength();
-    if (len < 2 || !AfxFindChar(line.GetString(), (size_t)len, L'/'))
-        return bInComment;
-    return ScanBlockComments(line, bInComment, nullptr);
+    const wchar_t* p = line.GetString();
+    for (const wchar_t* q = p; len >= 2 && (q = AfxFindChar(q, (size_t)(p + len - q), L'/')) != nullptr; ++q) {
+        if ((q > p && q[-1] == L'*') || (q + 1 < p + len && q[1] == L'*'))
+            return ScanBlockComments(line, bInComment, nullptr);
+    }
+    return bInComment;
 }
 
 void AFXAPI AddBuiltinWords(CColorizer& colorizer)

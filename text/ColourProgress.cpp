@@ -231,12 +231,8 @@ void CColourProgress::SettleAll(CScriptText& text)
 
 bool CColourProgress::ExitAfter(CScriptText& text, int nLine, bool bState)
 {
-    CColorizer& c = *text.m_pColorizer;
-    if (typeid(c) == typeid(CSampleColorizer))
-        return SampleCommentFlagAfter(text.m_arrLines.GetAt(nLine), bState);
-    if (typeid(c) == typeid(CColorizer))
-        return bState; // the base colorizer has no comments
     // A host's line-local colorizer: colour the line aside.
+    CColorizer& c = *text.m_pColorizer;
     LentSets lent(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
     c.m_bInComment = bState;
     m_scratch.clear();
@@ -255,6 +251,9 @@ void CColourProgress::SettleFlag(CScriptText& text)
     // Follow the state to the end without colouring; where it meets the
     // state a clean stretch was coloured from, the stretch's end holds.
     const int n = (int)m_Lines.size();
+    const CColorizer& c = *text.m_pColorizer;
+    const bool bSample = typeid(c) == typeid(CSampleColorizer);
+    const bool bBase = typeid(c) == typeid(CColorizer); // no comments at all
     bool bState = m_bPendingEntry;
     for (int i = m_nPending; i < n; ++i) {
         const uint8_t m = m_Lines[(size_t)i];
@@ -264,7 +263,9 @@ void CColourProgress::SettleFlag(CScriptText& text)
                 break;
             }
             bState = Exit(m);
-        } else {
+        } else if (bSample) {
+            bState = SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState);
+        } else if (!bBase) {
             bState = ExitAfter(text, i, bState);
         }
     }

@@ -86,6 +86,7 @@ private:
     void Finished(int nFrom, bool bCleanFrom, bool bState, int nLines);
     void Dirty(int nFrom, int nTo, int nLines);
     bool SnapshotCurrent(const CColorizer& c) const;
+    // The flag a host's line-local colorizer leaves after line nLine.
     bool ExitAfter(CScriptText& text, int nLine, bool bState);
 
     // Per line: kChained, kEntry, kExit.
