@@ -157,6 +157,9 @@ void CColourProgress::Advance(CScriptText& text, int nLast)
     bool bEnded = false;
     {
         CColorizer& c = *text.m_pColorizer;
+        // The library's colorizers give their flag without colouring.
+        const bool bSample = typeid(c) == typeid(CSampleColorizer);
+        const bool bFlagOnly = bSample || typeid(c) == typeid(CColorizer);
         LentSets lent(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
         try {
             for (;; ++i) {
@@ -177,6 +180,14 @@ void CColourProgress::Advance(CScriptText& text, int nLast)
                 }
                 if (i > nLast)
                     break;
+                if (i < nLast && bFlagOnly) {
+                    // Not read: owed, its state followed.
+                    const bool bExit = bSample ? SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState) : bState;
+                    m_Lines[(size_t)i] =
+                        uint8_t(kChained | kOwed | (bState ? kEntry : 0) | (bExit ? kExit : 0));
+                    bState = bExit;
+                    continue;
+                }
                 std::vector<unsigned long>& colors = text.m_LineColors[(size_t)i];
                 m_Lines[(size_t)i] = 0; // half-coloured if the colorizer throws
                 colors.clear();
@@ -223,10 +234,25 @@ void CColourProgress::Advance(CScriptText& text, int nLast)
     }
 }
 
+void CColourProgress::Compute(CScriptText& text, int nLine)
+{
+    CColorizer& c = *text.m_pColorizer;
+    LentSets lent(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
+    std::vector<unsigned long>& colors = text.m_LineColors[(size_t)nLine];
+    colors.clear();
+    c.m_bInComment = Entry(m_Lines[(size_t)nLine]);
+    c.SetLineColors(text.m_arrLines.GetAt(nLine), colors);
+    m_Lines[(size_t)nLine] &= uint8_t(~kOwed);
+}
+
 void CColourProgress::SettleAll(CScriptText& text)
 {
+    const int n = (int)m_Lines.size();
     if (m_bPending)
-        Advance(text, (int)m_Lines.size() - 1);
+        Advance(text, n - 1);
+    for (int i = 0; i < n; ++i)
+        if (m_Lines[(size_t)i] & kOwed)
+            Compute(text, i);
 }
 
 bool CColourProgress::ExitAfter(CScriptText& text, int nLine, bool bState)

@@ -24,6 +24,11 @@
 // for. The recolouring ends (no watermark) when it reaches a chained line
 // whose entry state it matches and past which no line is unclean.
 //
+// Moving the watermark over lines that are not read (a jump to the end of
+// the text, a change far below it) follows the block-comment state alone,
+// where the colorizer is one of the library's: those lines are left owed,
+// chained with their entry state but coloured only when read.
+//
 // The colorizer's own in-comment flag is left, after a full recolouring,
 // at the state the last line leaves. When the recolouring is outstanding
 // that state is owed and found (without colouring) when the flag is next
@@ -46,15 +51,18 @@ public:
     {
         if (m_bPending && nLine >= m_nPending)
             Advance(text, nLine);
+        if (m_Lines[(size_t)nLine] & kOwed)
+            Compute(text, nLine);
     }
-    // Before lines from nLine on change: the lines before it get their
-    // colours, so the recolouring goes on after the change as it would
-    // have had the change come after it.
+    // Before lines from nLine on change: the recolouring passes the lines
+    // before it (which may stay owed), so it goes on after the change as
+    // it would have had the change come after it.
     void Settle(CScriptText& text, int nLine)
     {
         if (m_bPending && nLine > m_nPending)
             Advance(text, nLine - 1);
     }
+    // Every line gets the colours it shows.
     void SettleAll(CScriptText& text);
     // Before the colorizer's flag is read, or before the text that an owed
     // flag depends on goes away.
@@ -76,20 +84,22 @@ public:
     void FullUpdate(CScriptText& text);
 
 private:
-    enum : uint8_t { kChained = 1, kEntry = 2, kExit = 4 };
+    // kOwed: chained, but the colours are made when the line is read.
+    enum : uint8_t { kChained = 1, kEntry = 2, kExit = 4, kOwed = 8 };
     static bool Entry(uint8_t m) { return (m & kEntry) != 0; }
     static bool Exit(uint8_t m) { return (m & kExit) != 0; }
     // The line is chained and was coloured from this entry state.
     static bool Holds(uint8_t m, bool bState) { return (m & kChained) && Entry(m) == bState; }
 
     void Advance(CScriptText& text, int nLast);
+    void Compute(CScriptText& text, int nLine);
     void Finished(int nFrom, bool bCleanFrom, bool bState, int nLines);
     void Dirty(int nFrom, int nTo, int nLines);
     bool SnapshotCurrent(const CColorizer& c) const;
     // The flag a host's line-local colorizer leaves after line nLine.
     bool ExitAfter(CScriptText& text, int nLine, bool bState);
 
-    // Per line: kChained, kEntry, kExit.
+    // Per line: kChained, kEntry, kExit, kOwed.
     std::vector<uint8_t> m_Lines;
     // Lines outside [m_nFirstDirty, m_nLastDirty] are clean.
     int m_nFirstDirty = 0, m_nLastDirty = -1;

@@ -83,8 +83,11 @@ void CScriptText::Reserve(int nLines)
 
 void CScriptText::ColorLine(int nLine)
 {
-    std::vector<unsigned long>& colors = Colors(nLine);
+    // Coloured anew: the colours the line was owed are not needed.
+    if (nLine < 0 || (size_t)nLine >= m_LineColors.size())
+        ThrowSubscript();
     m_pProgress->Changed(nLine, m_arrLines.GetSize());
+    std::vector<unsigned long>& colors = m_LineColors[(size_t)nLine];
     colors.clear();
     m_pColorizer->SetLineColors(m_arrLines.GetAt(nLine), colors);
 }
@@ -134,7 +137,9 @@ void CScriptText::_InsertLine(CString&& text, int nLine, int bColor)
 int CScriptText::_SetLine(const CString& text, int nLine)
 {
     const int nOldLength = m_arrLines.GetAt(nLine).GetLength();
-    m_pProgress->Settle(*this, nLine + 1);
+    // The line's colours as they read (the base colouring keeps some), the
+    // lines before it passed by the recolouring.
+    m_pProgress->Read(*this, nLine);
     m_arrLines.SetAt(nLine, text);
     CountLength(nOldLength, -1);
     CountLength(text.GetLength(), 1);

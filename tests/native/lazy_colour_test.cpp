@@ -127,6 +127,23 @@ TEST(LazyColour, OpenerWithoutCloserColoursAsFarAsRead)
     EXPECT_EQ(1, t.IsCommentOut(2, 5000));
 }
 
+TEST(LazyColour, ReadingFarAheadColoursOnlyWhatIsRead)
+{
+    // The library's colorizer follows the comment state over the lines it
+    // passes; their colour vectors stay unmade until they are read.
+    CSampleColorizer c;
+    CScriptText t;
+    t.SetColorizer(&c);
+    for (int i = 0; i < 10000; ++i)
+        t._InsertLine(i == 3 ? L"/* open" : i == 7000 ? L"*/ x" : L"x = 1; // note", i, 0);
+    t.FullUpdate();
+    EXPECT_EQ(Runs({ { 2, COLOR_CLOSED_COMMENT }, { 2, COLOR_DEFAULT } }), t._GetLineColors(7000));
+    EXPECT_TRUE(t.m_LineColors[5000].empty());
+    EXPECT_EQ(Runs({ { 7, COLOR_OPEN_COMMENT }, { 7, COLOR_CLOSED_COMMENT } }), t._GetLineColors(5000));
+    EXPECT_EQ(0, t.IsCommentOut(0, 7001));
+    EXPECT_EQ(1, t.IsCommentOut(0, 6999));
+}
+
 TEST(LazyColour, HostColorizerRecoloursEverythingAtOnceUnlessLineLocal)
 {
     CountingColorizer eager(false), local(true);
