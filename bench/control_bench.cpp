@@ -60,7 +60,7 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
         ctl->LoadText(script.c_str());
         fresh.push_back(NowMs() - t0);
         after = ReadMemory();
-        ctl->m_Text._GetLineColors((int)ctl->m_Text._GetSize() - 1);
+        ReadAllColours(ctl->m_Text);
         coloured = ReadMemory();
     } // destroyed outside the timing
     PumpMessages();
@@ -84,8 +84,7 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
         reload.push_back(NowMs() - t0);
         PumpMessages();
     }
-    const int last = (int)ctl->m_Text._GetSize() - 1;
-    ctl->m_Text._GetLineColors(last);
+    ReadAllColours(ctl->m_Text);
     for (int r = 0; r < opt.runs; ++r) {
         const double t0 = NowMs();
         ctl->Recolorize();
@@ -93,12 +92,12 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
         PumpMessages();
     }
     // Two colorizers with the same words, in turn: each switch leaves no
-    // line's colours standing, and reading the last line colours them all.
+    // line's colours standing, and every line's colours are read.
     CSampleColorizer other;
     for (int r = 0; r < opt.runs; ++r) {
         const double t0 = NowMs();
         ctl->SetColorizer(r % 2 ? nullptr : &other);
-        ctl->m_Text._GetLineColors(last);
+        ReadAllColours(ctl->m_Text);
         recolour.push_back(NowMs() - t0);
         PumpMessages();
     }
@@ -117,7 +116,7 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
         const double t0 = NowMs();
         FillStore(*text, script);
         text->FullUpdate();
-        text->_GetLineColors((int)text->_GetSize() - 1);
+        ReadAllColours(*text);
         store.push_back(NowMs() - t0);
     }
 

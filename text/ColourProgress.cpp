@@ -129,6 +129,9 @@ void CColourProgress::FullUpdate(CScriptText& text)
         Forget(n);
     }
     c.m_bInComment = false;
+    // The library's colorizers give their flag without colouring. (The
+    // colorizer cannot change while a recolouring is outstanding.)
+    m_kind = typeid(c) == typeid(CSampleColorizer) ? kSample : typeid(c) == typeid(CColorizer) ? kBase : kHost;
     if (m_nFirstDirty > m_nLastDirty || m_nFirstDirty >= n) {
         // Every line is coloured as the recolouring would colour it.
         m_bPending = false;
@@ -157,9 +160,7 @@ void CColourProgress::Advance(CScriptText& text, int nLast)
     bool bEnded = false;
     {
         CColorizer& c = *text.m_pColorizer;
-        // The library's colorizers give their flag without colouring.
-        const bool bSample = typeid(c) == typeid(CSampleColorizer);
-        const bool bFlagOnly = bSample || typeid(c) == typeid(CColorizer);
+        const bool bSample = m_kind == kSample, bFlagOnly = m_kind != kHost;
         LentSets lent(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
         try {
             for (;; ++i) {
@@ -277,9 +278,6 @@ void CColourProgress::SettleFlag(CScriptText& text)
     // Follow the state to the end without colouring; where it meets the
     // state a clean stretch was coloured from, the stretch's end holds.
     const int n = (int)m_Lines.size();
-    const CColorizer& c = *text.m_pColorizer;
-    const bool bSample = typeid(c) == typeid(CSampleColorizer);
-    const bool bBase = typeid(c) == typeid(CColorizer); // no comments at all
     bool bState = m_bPendingEntry;
     for (int i = m_nPending; i < n; ++i) {
         const uint8_t m = m_Lines[(size_t)i];
@@ -289,11 +287,11 @@ void CColourProgress::SettleFlag(CScriptText& text)
                 break;
             }
             bState = Exit(m);
-        } else if (bSample) {
+        } else if (m_kind == kSample) {
             bState = SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState);
-        } else if (!bBase) {
+        } else if (m_kind == kHost) {
             bState = ExitAfter(text, i, bState);
-        }
+        } // the base colorizer has no comments: the state stays
     }
     text.m_pColorizer->m_bInComment = bState;
     m_bFlagOwed = false;

@@ -117,6 +117,9 @@ private:
     const CColorizer* m_pSnapFor = nullptr;
     std::set<CString> m_snapKeys, m_snapOps, m_snapFuncs;
     bool m_bSnapNoCase = false;
+    // The colorizer of the outstanding recolouring: CSampleColorizer, the
+    // base CColorizer (no comments), or a host's line-local one.
+    enum Kind { kSample, kBase, kHost } m_kind = kHost;
     // Scratch colours for finding the flag a host's colorizer leaves.
     std::vector<unsigned long> m_scratch;
 };
