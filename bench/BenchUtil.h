@@ -67,4 +67,13 @@ inline void FillStore(CScriptText& store, const std::wstring& script)
     store._InsertLine(CString(), n, 0);
 }
 
+// Reads every line's colours, first to last, as a reader of the whole
+// text does; the store colours each line it has not coloured yet.
+inline void ReadAllColours(const CScriptText& store)
+{
+    const int n = (int)store._GetSize();
+    for (int i = 0; i < n; ++i)
+        store._GetLineColors(i);
+}
+
 } // namespace bench

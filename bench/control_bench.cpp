@@ -6,10 +6,14 @@
 // For one generated script (ScriptGen.h) it measures
 //   - LoadText: into a newly created control (median of N), and over the
 //     same text already loaded (a reload also tears the old text down),
-//   - Recolorize, i.e. CScriptText::FullUpdate inside the DLL,
+//   - Recolorize, i.e. CScriptText::FullUpdate inside the DLL, which
+//     colours lazily (only what is read), and a full recolouring: the
+//     colorizer switched (so no line keeps its colours) and every line's
+//     colours read,
 //   - process memory per character after the load: private bytes and
 //     working set (GetProcessMemoryInfo), after minus before, over the
-//     script's characters,
+//     script's characters; the load colours only what is read, so the
+//     private bytes are also given once every line has been coloured,
 // and with --paint, full repaints of a 1000x800 client area scrolled to the
 // middle of the script (Liberation Mono 10 pt, line numbers on).
 //
@@ -48,7 +52,7 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
     // Run 1 doubles as the memory measurement: a new control, counters read
     // just before and just after LoadText (before any paint of the text).
     std::vector<double> fresh;
-    Memory before, after;
+    Memory before, after, coloured;
     {
         std::unique_ptr<CVelmor> ctl = CreateControl(host);
         before = ReadMemory();
@@ -56,6 +60,8 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
         ctl->LoadText(script.c_str());
         fresh.push_back(NowMs() - t0);
         after = ReadMemory();
+        ReadAllColours(ctl->m_Text);
+        coloured = ReadMemory();
     } // destroyed outside the timing
     PumpMessages();
     for (int r = 1; r < opt.runs; ++r) {
@@ -71,19 +77,31 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
     std::unique_ptr<CVelmor> ctl = CreateControl(host);
     ctl->LoadText(script.c_str());
     PumpMessages();
-    std::vector<double> reload, recolour;
+    std::vector<double> reload, lazy, recolour;
     for (int r = 0; r < opt.runs; ++r) {
         const double t0 = NowMs();
         ctl->LoadText(script.c_str());
         reload.push_back(NowMs() - t0);
         PumpMessages();
     }
+    ReadAllColours(ctl->m_Text);
     for (int r = 0; r < opt.runs; ++r) {
         const double t0 = NowMs();
         ctl->Recolorize();
+        lazy.push_back(NowMs() - t0);
+        PumpMessages();
+    }
+    // Two colorizers with the same words, in turn: each switch leaves no
+    // line's colours standing, and every line's colours are read.
+    CSampleColorizer other;
+    for (int r = 0; r < opt.runs; ++r) {
+        const double t0 = NowMs();
+        ctl->SetColorizer(r % 2 ? nullptr : &other);
+        ReadAllColours(ctl->m_Text);
         recolour.push_back(NowMs() - t0);
         PumpMessages();
     }
+    ctl->SetColorizer(nullptr);
     ctl.reset();
     PumpMessages();
 
@@ -98,6 +116,7 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
         const double t0 = NowMs();
         FillStore(*text, script);
         text->FullUpdate();
+        ReadAllColours(*text);
         store.push_back(NowMs() - t0);
     }
 
@@ -111,9 +130,12 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
     std::printf("  LoadText into a new control:   median %6.1f ms  (runs: %s)\n", Median(fresh), List(fresh).c_str());
     std::printf("  LoadText over the loaded text: median %6.1f ms  (runs: %s)\n", Median(reload),
                 List(reload).c_str());
-    std::printf("  text store alone (CScriptText inserts + FullUpdate): median %.1f ms  (runs: %s)\n",
+    std::printf("  text store alone (CScriptText inserts + FullUpdate + every line read): median %.1f ms  (runs: %s)\n",
                 Median(store), List(store).c_str());
-    std::printf("  Recolorize (FullUpdate in the DLL): median %.1f ms = %.1f MiB/s UTF-16  (runs: %s)\n",
+    std::printf("  Recolorize of an unchanged text (lazy FullUpdate in the DLL): median %.2f ms  (runs: %s)\n",
+                Median(lazy), List(lazy).c_str());
+    std::printf("  full recolouring (colorizer switched, every line read): median %.1f ms = %.1f MiB/s UTF-16  "
+                "(runs: %s)\n",
                 recolourMed, mibUtf16 / (recolourMed / 1e3), List(recolour).c_str());
     std::printf("  memory before -> after the first LoadText, per script character:\n");
     std::printf("    %-19s %7.1f -> %7.1f MiB  %5.1f B/char\n",
@@ -129,11 +151,15 @@ void MeasureLoad(HWND host, const std::wstring& script, const Options& opt, cons
 
     Result("Wine LoadText into new control, median ms", column, "%.1f", Median(fresh));
     Result("Wine LoadText over loaded text, median ms", column, "%.1f", Median(reload));
-    Result("Wine text store alone (inserts + FullUpdate), median ms", column, "%.1f", Median(store));
-    Result("Wine Recolorize (FullUpdate in DLL), median ms", column, "%.1f", recolourMed);
+    Result("Wine text store alone (inserts + all coloured), median ms", column, "%.1f", Median(store));
+    Result("Wine Recolorize of unchanged text, median ms", column, "%.2f", Median(lazy));
+    Result("Wine full recolouring, median ms", column, "%.1f", recolourMed);
     Result("Wine colouring, MiB/s (UTF-16, chars*2)", column, "%.1f", mibUtf16 / (recolourMed / 1e3));
-    std::printf("  memory after load %s: %.2f B/char\n", column, privPerChar);
+    const double colouredPerChar = (coloured.priv - before.priv) / chars;
+    std::printf("  memory after load %s: %.2f B/char; once every line is coloured %.2f B/char\n", column,
+                privPerChar, colouredPerChar);
     Result("Memory after load, private bytes B/char", column, "%.2f", privPerChar);
+    Result("Memory with every line coloured, private B/char", column, "%.2f", colouredPerChar);
     Result("Memory after load, working set B/char", column, "%.1f", wsPerChar);
 }
 

@@ -10,6 +10,11 @@
 //     full client repaints scrolled to its start and to its middle.
 //   - one-line LoadText: loading a one-line script over a one-line script,
 //     and a one-line script over the 10 MiB one (the old text torn down).
+//   - typing "/*" at the top of 10 MiB: the opener put at the start of line 1
+//     through SetTextLine (as the key that completes it does) and the
+//     repaint it asks for, once with a "*/" closing the comment a few lines
+//     below and once in a script without block comments, where the rest of
+//     the document becomes comment. Each sample is restored untimed.
 //   - hostile inputs: a 10 MiB line, 10^6 empty lines, 1 MiB of tabs, lone
 //     surrogates, 100,000 alternating comment delimiters. Each is loaded,
 //     painted, scrolled to its end and read back; every step is timed and
@@ -325,6 +330,72 @@ void UndoRemoveAll(HWND host)
     PumpMessages();
 }
 
+// The generated script with every block-comment delimiter turned into
+// plain text ("/*" into "//", "*/" into two spaces): an opener typed into
+// it is closed by nothing.
+std::wstring WithoutBlockComments(std::wstring s)
+{
+    for (size_t i = 0; i + 1 < s.size(); ++i) {
+        if (s[i] == L'/' && s[i + 1] == L'*')
+            s[i + 1] = L'/';
+        else if (s[i] == L'*' && s[i + 1] == L'/')
+            s[i] = s[i + 1] = L' ';
+    }
+    return s;
+}
+
+// "/*" typed at the start of line 1 of a 10 MiB script shown from its top:
+// SetTextLine with the opener (a comment delimiter, so the store recolours
+// what it changes) and the repaint it asks for. Untimed between samples:
+// the line set back and the text recoloured and repainted.
+double TypeOpenerAtTop(HWND host, const std::wstring& text, const char* label, const char* row)
+{
+    std::unique_ptr<CVelmor> ctl = CreateControl(host);
+    ctl->SetLineNumber(true);
+    ctl->LoadText(text.c_str());
+    ctl->ClearUndoHistory();
+    const HWND hwnd = ctl->m_hWnd;
+    Repaint(*ctl);
+    PumpMessages();
+    const CString original = ctl->GetLine(1);
+    const CString opened = L"/*" + original;
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        times.push_back(TimeIt([&] {
+            ctl->SetTextLine(opened, 1, false, true);
+            ::UpdateWindow(hwnd);
+        }));
+        PumpMessages();
+        ctl->SetTextLine(original, 1, false, true);
+        ctl->Recolorize();
+        ::UpdateWindow(hwnd);
+        ctl->ClearUndoHistory();
+        PumpMessages();
+    }
+    std::printf("  %s: %.2f ms  (median of %d with the repaint, p99 %.2f ms; %d lines)\n", label, Median(times),
+                (int)times.size(), Percentile(times, 99), ctl->GetLineCount());
+    Result(row, "10 MiB", "%.2f", Median(times));
+    ctl.reset();
+    PumpMessages();
+    return Median(times);
+}
+
+void TypeCommentOpener(HWND host, const std::wstring& script)
+{
+    // A few lines of code and the "*/" that will close what is typed above
+    // them, then the script.
+    const std::wstring closed = L"% settings\n"
+                                L"variable nRows = 12;\n"
+                                L"variable nCols = 7;\n"
+                                L"variable nCells = nRows * nCols;\n"
+                                L"vmessage(\"%d cells\", nCells);\n"
+                                L"*/\n" +
+                                script;
+    TypeOpenerAtTop(host, closed, "typing \"/*\" at the top of 10 MiB", "Wine typing /* at the top of 10 MiB, ms");
+    TypeOpenerAtTop(host, WithoutBlockComments(script), "typing \"/*\" with no closer in 10 MiB",
+                    "Wine typing /* with no closer in 10 MiB, ms");
+}
+
 // --- hostile inputs ------------------------------------------------------------
 
 void HostileLoads(HWND host)
@@ -365,6 +436,7 @@ int main()
     LongLineRepaint(host, script);
     ScrollOneLine(host, script);
     Typing(host, script);
+    TypeCommentOpener(host, script);
     FindMiss(host, script);
     UndoRemoveAll(host);
     HostileLoads(host);

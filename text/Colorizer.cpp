@@ -1,4 +1,5 @@
 #include "Colorizer.h"
+#include "CommentScan.h"
 #include <cwctype>
 #include <algorithm>
 #include <queue>
@@ -94,6 +95,50 @@ void PaintSpans(std::vector<unsigned long>& colors, const Spans& spans)
     }
 }
 
+// The block-comment pass of CSampleColorizer over a line of two or more
+// characters: the spans it paints (when spans is given) and the in-comment
+// flag it leaves. The searches resume two characters after each match; "*/"
+// before "/*" on one line leaves the flag alone, and with the flag set a
+// line with no further delimiter is comment from the last open-search
+// position on.
+bool ScanBlockComments(const CString& line, bool bInComment, Spans* spans)
+{
+    const int len = line.GetLength();
+    auto paint = [&](int from, int to, unsigned long c) {
+        if (spans)
+            spans->push_back({ from, to, c });
+    };
+    int close = 0, open = 0;
+    for (;;) {
+        const int seg = open;
+        if (close < 0 && open < 0)
+            break;
+        close = (close >= 0 && close < len) ? line.Find(L"*/", close) : -1;
+        open = (open >= 0 && open < len) ? line.Find(L"/*", open) : -1;
+        if (close >= 0 && open >= 0 && close <= open) {
+            paint(0, close + 2, COLOR_CLOSED_COMMENT);
+            paint(open, len, COLOR_OPEN_COMMENT);
+        } else if (close >= 0 && open >= 0) {
+            paint(open, close + 2, COLOR_CLOSED_COMMENT);
+        } else if (close >= 0) {
+            paint(0, close + 2, COLOR_CLOSED_COMMENT);
+            bInComment = false;
+        } else if (open >= 0) {
+            paint(open, len, COLOR_OPEN_COMMENT);
+            bInComment = true;
+        } else {
+            if (bInComment)
+                paint(seg, len, COLOR_OPEN_COMMENT);
+            break;
+        }
+        if (close >= 0)
+            close += 2;
+        if (open >= 0)
+            open += 2;
+    }
+    return bInComment;
+}
+
 // Paints [from, to) except characters that already carry a comment colour.
 inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, int to, unsigned long c)
 {
@@ -103,6 +148,19 @@ inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, in
 }
 
 } // namespace
+
+bool SampleCommentFlagAfter(const CString& line, bool bInComment)
+{
+    // Only a "/*" or "*/" can change the flag: a line whose slashes have
+    // no star beside them leaves it as it was.
+    const int len = line.GetLength();
+    const wchar_t* p = line.GetString();
+    for (const wchar_t* q = p; len >= 2 && (q = AfxFindChar(q, (size_t)(p + len - q), L'/')) != nullptr; ++q) {
+        if ((q > p && q[-1] == L'*') || (q + 1 < p + len && q[1] == L'*'))
+            return ScanBlockComments(line, bInComment, nullptr);
+    }
+    return bInComment;
+}
 
 void AFXAPI AddBuiltinWords(CColorizer& colorizer)
 {
@@ -150,6 +208,11 @@ void CColorizer::InsertFuncKey(wchar_t* pszWord) { Insert(m_setFuncs, pszWord); 
 int CColorizer::IsKeyWord(CString& word) { return Contains(m_setKeys, word); }
 int CColorizer::IsOpWord(CString& word) { return Contains(m_setOps, word); }
 int CColorizer::IsFuncWord(CString& word) { return Contains(m_setFuncs, word); }
+
+bool CColorizer::IsLineLocal() const
+{
+    return typeid(*this) == typeid(CColorizer) || typeid(*this) == typeid(CSampleColorizer);
+}
 
 void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& colors)
 {
@@ -236,42 +299,14 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
     }
     colors.assign((size_t)len, COLOR_DEFAULT);
 
-    // Block comments, pair by pair. The searches resume two characters after
-    // each match; "*/" before "/*" on one line leaves the in-comment flag alone.
-    // Each pair paints a span, later spans over earlier ones; the spans are
-    // gathered and painted at the end (see PaintSpans), since painting each
-    // at once would repaint the line from its start or to its end for every
-    // pair of a long line.
+    // Block comments, pair by pair (see ScanBlockComments). Each pair paints
+    // a span, later spans over earlier ones; the spans are gathered and
+    // painted at the end (see PaintSpans), since painting each at once would
+    // repaint the line from its start or to its end for every pair of a
+    // long line.
     if (len >= 2) {
         Spans spans;
-        int close = 0, open = 0;
-        for (;;) {
-            const int seg = open;
-            if (close < 0 && open < 0)
-                break;
-            close = (close >= 0 && close < len) ? line.Find(L"*/", close) : -1;
-            open = (open >= 0 && open < len) ? line.Find(L"/*", open) : -1;
-            if (close >= 0 && open >= 0 && close <= open) {
-                spans.push_back({ 0, close + 2, COLOR_CLOSED_COMMENT });
-                spans.push_back({ open, len, COLOR_OPEN_COMMENT });
-            } else if (close >= 0 && open >= 0) {
-                spans.push_back({ open, close + 2, COLOR_CLOSED_COMMENT });
-            } else if (close >= 0) {
-                spans.push_back({ 0, close + 2, COLOR_CLOSED_COMMENT });
-                m_bInComment = false;
-            } else if (open >= 0) {
-                spans.push_back({ open, len, COLOR_OPEN_COMMENT });
-                m_bInComment = true;
-            } else {
-                if (m_bInComment)
-                    spans.push_back({ seg, len, COLOR_OPEN_COMMENT });
-                break;
-            }
-            if (close >= 0)
-                close += 2;
-            if (open >= 0)
-                open += 2;
-        }
+        m_bInComment = ScanBlockComments(line, m_bInComment, &spans);
         PaintSpans(colors, spans);
     }
 

@@ -48,6 +48,14 @@ protected:
     virtual int IsFuncWord(CString& word);
 
 public:
+    // True when the colours SetLineColors gives a line depend on nothing
+    // but the line's text, m_bInComment on entry, the three word sets and
+    // m_bNoCase, and its only other effect is the m_bInComment it leaves.
+    // The text store then colours lazily: after a change it recolours only
+    // what the change can reach and what is read. CColorizer and
+    // CSampleColorizer are; a derived class is not unless it says so.
+    virtual bool IsLineLocal() const;
+
     bool m_bInComment;
     bool m_bNoCase;
     std::set<CString> m_setKeys;

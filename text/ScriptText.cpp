@@ -1,29 +1,48 @@
 #include "ScriptText.h"
+#include "ColourProgress.h"
 #include <stdexcept>
 
 namespace {
 [[noreturn]] void ThrowSubscript() { throw std::out_of_range("invalid vector<T> subscript"); }
 }
 
-CScriptText::CScriptText() : m_nMaxLineLen(0), m_pColorizer(&m_DefColorizer) {}
+CScriptText::CScriptText()
+    : m_nMaxLineLen(0), m_pColorizer(&m_DefColorizer), m_pProgress(new CColourProgress)
+{
+}
 
 CScriptText::~CScriptText() {}
 
 CScriptText& CScriptText::operator=(CScriptText& other)
 {
     if (this != &other) {
+        // The colours as they read, and this store's colorizer flag as
+        // its old text leaves it.
+        other.m_pProgress->SettleAll(other);
+        m_pProgress->SettleFlag(*this);
         m_arrLines.RemoveAll();
         m_arrLines.Copy(other.m_arrLines);
         m_LineColors = other.m_LineColors;
         RecountLengths();
+        m_pProgress->Forget((int)m_LineColors.size());
     }
     return *this;
+}
+
+void CScriptText::SetColorizer(CColorizer* p)
+{
+    if (p != m_pColorizer) {
+        m_pProgress->SettleAll(*this);
+        m_pProgress->SettleFlag(*this);
+    }
+    m_pColorizer = p;
 }
 
 std::vector<unsigned long>& CScriptText::Colors(int nLine)
 {
     if (nLine < 0 || (size_t)nLine >= m_LineColors.size())
         ThrowSubscript();
+    m_pProgress->Read(*this, nLine);
     return m_LineColors[(size_t)nLine];
 }
 
@@ -31,6 +50,8 @@ const std::vector<unsigned long>& CScriptText::_GetLineColors(int nLine) const
 {
     if (nLine < 0 || (size_t)nLine >= m_LineColors.size())
         ThrowSubscript();
+    // Colouring a line that is read is not a change of the text.
+    m_pProgress->Read(const_cast<CScriptText&>(*this), nLine);
     return m_LineColors[(size_t)nLine];
 }
 
@@ -56,12 +77,17 @@ void CScriptText::Reserve(int nLines)
     if (nLines > 0) {
         m_arrLines.Reserve(nLines);
         m_LineColors.reserve((size_t)nLines);
+        m_pProgress->Reserve(nLines);
     }
 }
 
 void CScriptText::ColorLine(int nLine)
 {
-    std::vector<unsigned long>& colors = Colors(nLine);
+    // Coloured anew: the colours the line was owed are not needed.
+    if (nLine < 0 || (size_t)nLine >= m_LineColors.size())
+        ThrowSubscript();
+    m_pProgress->Changed(nLine, m_arrLines.GetSize());
+    std::vector<unsigned long>& colors = m_LineColors[(size_t)nLine];
     colors.clear();
     m_pColorizer->SetLineColors(m_arrLines.GetAt(nLine), colors);
 }
@@ -79,6 +105,9 @@ void CScriptText::_InsertLine(CString&& text, int nLine, int bColor)
     // while the lines before it are still missing: append it then.
     if (nLine > m_arrLines.GetSize())
         nLine = m_arrLines.GetSize();
+    m_pProgress->Settle(*this, nLine);
+    if (bColor)
+        m_pProgress->SettleFlag(*this);
     const int nLength = text.GetLength();
     m_arrLines.InsertAtMove(nLine, std::move(text));
     CountLength(nLength, 1);
@@ -95,15 +124,28 @@ void CScriptText::_InsertLine(CString&& text, int nLine, int bColor)
         CountLength(nLength, -1);
         throw;
     }
+    try {
+        m_pProgress->Inserted(nLine, m_arrLines.GetSize());
+    } catch (...) {
+        m_LineColors.erase(m_LineColors.begin() + nLine);
+        m_arrLines.RemoveAt(nLine);
+        CountLength(nLength, -1);
+        throw;
+    }
 }
 
 int CScriptText::_SetLine(const CString& text, int nLine)
 {
     const int nOldLength = m_arrLines.GetAt(nLine).GetLength();
+    // The line's colours as they read (the base colouring keeps some), the
+    // lines before it passed by the recolouring.
+    m_pProgress->Read(*this, nLine);
     m_arrLines.SetAt(nLine, text);
     CountLength(nOldLength, -1);
     CountLength(text.GetLength(), 1);
+    m_pProgress->Changed(nLine, m_arrLines.GetSize());
     m_pColorizer->m_bInComment = false;
+    m_pProgress->FlagCleared();
     if (nLine > 0 && !text.IsEmpty()) {
         if (text.Find(L"*/") >= 0 || text.Find(L"/*") >= 0) {
             FullUpdate();
@@ -130,19 +172,24 @@ int CScriptText::_SetLine(const CString& text, int nLine)
 void CScriptText::_RemoveLine(int nLine)
 {
     const int nOldLength = m_arrLines.GetAt(nLine).GetLength();
-    m_arrLines.RemoveAt(nLine);
-    CountLength(nOldLength, -1);
     if ((size_t)nLine >= m_LineColors.size())
         ThrowSubscript();
+    m_pProgress->Settle(*this, nLine + 1);
+    m_arrLines.RemoveAt(nLine);
+    CountLength(nOldLength, -1);
     m_LineColors.erase(m_LineColors.begin() + nLine);
+    m_pProgress->Removed(nLine, m_arrLines.GetSize());
     FindMaxLineLen();
 }
 
 void CScriptText::_RemoveAll()
 {
+    // The colorizer's flag outlives the text: it is settled first.
+    m_pProgress->SettleFlag(*this);
     m_arrLines.RemoveAll();
     m_LineColors.clear();
     m_LengthCount.clear();
+    m_pProgress->Forget(0);
     FindMaxLineLen();
     _InsertLine(CString(), 0, 1);
 }
@@ -150,17 +197,28 @@ void CScriptText::_RemoveAll()
 void CScriptText::FullUpdate()
 {
     FindMaxLineLen();
-    m_pColorizer->m_bInComment = false;
-    const int n = m_arrLines.GetSize();
-    for (int i = 0; i < n; ++i)
-        ColorLine(i);
+    m_pProgress->FullUpdate(*this);
 }
 
 void CScriptText::ResetTextColor(int nLine, int bUp)
 {
     FindMaxLineLen();
-    m_pColorizer->m_bInComment = false;
     const int n = m_arrLines.GetSize();
+    // The lines before the end of the run get their colours first (the run
+    // itself colours outside a full recolouring). A run starting outside
+    // the store raises its error below, when it colours its first line.
+    if (!bUp) {
+        if (nLine >= 0 && nLine < n) {
+            int nLast = nLine;
+            while (nLast < n - 1 && m_arrLines.GetAt(nLast).Find(L"*/") < 0)
+                ++nLast;
+            m_pProgress->Settle(*this, nLast + 1);
+        }
+    } else if (nLine >= 1 && nLine < n) {
+        m_pProgress->Settle(*this, nLine + 1);
+    }
+    m_pColorizer->m_bInComment = false;
+    m_pProgress->FlagCleared();
     if (!bUp) {
         for (int i = nLine; i < n; ++i) {
             ColorLine(i);

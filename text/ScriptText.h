@@ -1,11 +1,16 @@
 // CScriptText: the lines of one document and, beside each line, one colour
 // per character. Block-comment state is carried in the colours themselves
 // (see Colorizer.h), so a change that opens or closes a comment recolours
-// the lines after it.
+// the lines after it. With a line-local colorizer that recolouring is
+// lazy: lines are coloured as they are read (see ColourProgress.h), and
+// every colour read is the one the recolouring would have given at once.
 #pragma once
 #include "Colorizer.h"
 #include <map>
+#include <memory>
 #include <vector>
+
+class CColourProgress;
 
 class AFX_EXT_CLASS CScriptText
 {
@@ -19,8 +24,9 @@ public:
     CScriptText& operator=(CScriptText& other);
 
     CColorizer* GetColorizer() { return m_pColorizer; }
-    // Stores the colorizer only; the caller recolours with FullUpdate.
-    void SetColorizer(CColorizer* p) { m_pColorizer = p; }
+    // Stores the colorizer only; the caller recolours with FullUpdate. A
+    // recolouring still outstanding is finished with the old one first.
+    void SetColorizer(CColorizer* p);
 
     // Inserts text as line nLine; bColor colours it at once (otherwise it
     // stays uncoloured until FullUpdate). An index past the end appends.
@@ -64,9 +70,13 @@ public:
     CStringArray m_arrLines;
     CColorizer m_DefColorizer;
     CColorizer* m_pColorizer;
+    // Read directly, a line still owed a lazy recolouring shows its old
+    // colours; _GetLineColors colours it first.
     std::vector<std::vector<unsigned long>> m_LineColors;
 
 private:
     // Number of lines of each length (only lengths that occur).
     std::map<int, long> m_LengthCount;
+    // How far the colours are right; drives the lazy recolouring.
+    std::unique_ptr<CColourProgress> m_pProgress;
 };

@@ -308,3 +308,82 @@ TEST(LargeText, HostileInputsLoadPaintScrollAndReadBack)
         EXPECT_EQ(back.GetLength(), source.GetLength()) << h.name;
     }
 }
+
+namespace {
+
+// Whether any pixel of visible line nLine is drawn in colour c.
+bool LineShows(Ctl& c, int nLine, COLORREF colour)
+{
+    Pixels p(c->m_hWnd);
+    const int y = (nLine - c->m_nFirstLine) * c->m_nLineHeight;
+    return p.any(colour, c->m_nLeftMargin, y, p.width(), y + c->m_nLineHeight);
+}
+
+// GetSourceCodes of the control, split into lines.
+std::vector<CString> SourceLines(Ctl& c)
+{
+    CString s;
+    c->GetSourceCodes(s);
+    std::vector<CString> lines;
+    int start = 0;
+    for (int i = 0; i < s.GetLength(); ++i)
+        if (s[i] == L'\n') {
+            lines.push_back(s.Mid(start, i - start));
+            start = i + 1;
+        }
+    return lines;
+}
+
+} // namespace
+
+// "/*" typed at the top of a big script: what the window shows, what the
+// interpreter is given and what shows after scrolling far down are the
+// colours of a full recolouring, first with a "*/" a few lines below and
+// then with an opener that nothing closes.
+TEST(LargeText, TypedOpenerColoursWhatIsShownAndRead)
+{
+    HostWindow host;
+    Ctl c(host, CRect(0, 0, 600, 400));
+    std::wstring text;
+    for (int i = 0; i < 20000; ++i)
+        text += i == 5 ? L" */ x = 1;\n" : L"x = sin(y);\n";
+    c->LoadText(text.c_str());
+    c.Repaint();
+    EXPECT_FALSE(LineShows(c, 3, COLOR_OPEN_COMMENT));
+
+    c->SetSelection(0, 1, 0, 1);
+    ::SendMessageW(c->m_hWnd, WM_CHAR, L'/', 1);
+    ::SendMessageW(c->m_hWnd, WM_CHAR, L'*', 1);
+    c.Repaint();
+    EXPECT_EQ(CString(L"/*x = sin(y);"), c->GetLine(1));
+    EXPECT_TRUE(LineShows(c, 3, COLOR_OPEN_COMMENT));
+    EXPECT_TRUE(LineShows(c, 5, COLOR_CLOSED_COMMENT));
+    EXPECT_FALSE(LineShows(c, 6, COLOR_OPEN_COMMENT));
+    EXPECT_TRUE(LineShows(c, 6, COLOR_FUNCTION));
+
+    std::vector<CString> source = SourceLines(c);
+    ASSERT_EQ(20001u, source.size());
+    EXPECT_EQ(CString(L' ', 13), source[1]);
+    EXPECT_EQ(CString(L' ', 11), source[4]);
+    EXPECT_EQ(CString(L"    x = 1;"), source[5]);
+    EXPECT_EQ(CString(L"x = sin(y);"), source[19999]);
+
+    // An opener after the closer: the rest of the script is comment, down
+    // to lines that no paint has read yet.
+    c->SetLine(L"/* to the end", 7);
+    c->m_nFirstLine = 19980;
+    c.Repaint();
+    EXPECT_TRUE(LineShows(c, 19990, COLOR_OPEN_COMMENT));
+    EXPECT_FALSE(LineShows(c, 19990, COLOR_FUNCTION));
+    source = SourceLines(c);
+    EXPECT_EQ(CString(L"x = sin(y);"), source[6]);
+    EXPECT_EQ(CString(L' ', 11), source[19999]);
+
+    // Undone: the script below is code again.
+    ::SendMessageW(c->m_hWnd, WM_COMMAND, ID_EDIT_UNDO, 0);
+    EXPECT_EQ(CString(L"x = sin(y);"), c->GetLine(7));
+    c->m_nFirstLine = 19980; // the undo brought line 7 into view
+    c.Repaint();
+    EXPECT_TRUE(LineShows(c, 19990, COLOR_FUNCTION));
+    EXPECT_FALSE(LineShows(c, 19990, COLOR_OPEN_COMMENT));
+}

@@ -1,0 +1,7 @@
+// The in-comment flag that CSampleColorizer::SetLineColors leaves after a
+// line, found without colouring it: the text store uses it to follow the
+// block-comment state over lines it does not colour yet.
+#pragma once
+#include "../framework/afxstr.h"
+
+bool SampleCommentFlagAfter(const CString& line, bool bInComment);
