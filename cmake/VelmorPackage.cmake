@@ -58,10 +58,12 @@ set(VELMOR_PUBLIC_HEADERS
   text/TextWalk.h
   text/TextSearch.h
   gdi/OrvMemDC.h
+  html/HTMLCtrl.h
   framework/afx.h
   framework/afxcmn.h
   framework/afxdefs.h
   framework/afxexcept.h
+  framework/afxhtml.h
   framework/afxstr.h
   framework/afxtempl.h
   framework/afxwin.h
