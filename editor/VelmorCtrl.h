@@ -128,6 +128,9 @@ public:
     CStringArray& GetVarArray() { return m_arrVars; }
     void SetScriptFun(void* pFunctionList, void* pStaticNameSpace, void* pLocalFrame);
     void SetLocalLog(void* pLocalLog) { m_pLocalLog = pLocalLog; }
+    // Shows the child HTML view (m_pHtmlView, id 99, made on first use)
+    // over the client area and navigates it to url; NULL hides it.
+    void CreatHTMLWnd(wchar_t* url);
 
     // Positions and selection.
     CPoint GetCursorPos() { return CursorPos(); }
