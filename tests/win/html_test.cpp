@@ -558,6 +558,7 @@ TEST(HtmlCtrl, AnExceptionInAHandlerStaysOnTheControlsSide)
     ctl.Navigate(L"about:blank");
     PumpMessages();
     EXPECT_EQ((std::vector<std::wstring>{ L"app:boom", L"about:blank" }), watch.Urls());
+    EXPECT_FALSE(watch.navigations[0].cancelled); // the handler never answered
     watch.Disconnect();
 }
 
