@@ -35,6 +35,7 @@ enum Command : UINT
     ID_DEBUG_STEP,
     ID_DEBUG_CLEAREXEC,
     ID_DEBUG_DISABLEBREAKS,
+    ID_HELP_ABOUT = 1301,
 };
 
 struct App
