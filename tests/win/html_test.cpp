@@ -272,6 +272,11 @@ TEST(HtmlCtrl, CreateFromStaticMakesATinyVisibleChildShowingTheBlankPage)
     EXPECT_EQ(CRect(0, 0, 300, 200), ChildRect(hBrowser));
 }
 
+INT_PTR CALLBACK PlainDialogProc(HWND, UINT, WPARAM, LPARAM)
+{
+    return FALSE;
+}
+
 // A modeless dialog with one static, id 200, as a host's resource would
 // have it.
 HWND DialogWithStatic(HWND owner, DWORD staticStyle)
@@ -295,8 +300,7 @@ HWND DialogWithStatic(HWND owner, DWORD staticStyle)
     t.item.id = 200;
     t.itemClass[0] = 0xFFFF;
     t.itemClass[1] = 0x0082; // static
-    return CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &t.dlg, owner,
-                                      [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
+    return CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &t.dlg, owner, PlainDialogProc, 0);
 }
 
 TEST(HtmlCtrl, CreateFromStaticInDialogTakesThePlaceholdersIdStyleAndRectangle)
