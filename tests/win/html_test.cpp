@@ -425,6 +425,23 @@ TEST(HtmlCtrl, WithoutADocumentNothingIsWrittenAndThePageHasNoSize)
     EXPECT_FALSE(ctl.GetSilent());
 }
 
+TEST(HtmlCtrl, AClickLeavesTheFocusWhereItWasUnlikeAFrameworkView)
+{
+    HostWindow host;
+    HWND hEdit = CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE, 400, 0, 100, 20, host.hwnd(), nullptr,
+                                 nullptr, nullptr);
+    CHTMLCtrl ctl;
+    CHtmlView view;
+    ASSERT_TRUE(ctl.CreateFromStatic(5, host.wnd()));
+    ASSERT_TRUE(view.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(0, 100, 200, 200), host.wnd(), 6));
+    const LPARAM click = MAKELPARAM(HTCLIENT, WM_LBUTTONDOWN);
+    SetFocus(hEdit);
+    EXPECT_EQ(MA_ACTIVATE, ctl.SendMessage(WM_MOUSEACTIVATE, (WPARAM)host.hwnd(), click));
+    EXPECT_EQ(hEdit, GetFocus());
+    EXPECT_EQ(MA_ACTIVATE, view.SendMessage(WM_MOUSEACTIVATE, (WPARAM)host.hwnd(), click));
+    EXPECT_EQ(view.m_hWnd, GetFocus());
+}
+
 TEST(HtmlCtrl, ComObjectsLiveExactlyAsLongAsTheWindow)
 {
     HostWindow host;
