@@ -62,10 +62,12 @@ set(VELMOR_PUBLIC_HEADERS
   engine/EngineInspector.h
   engine/EngineRecords.h
   engine/RecordMemory.h
+  html/HTMLCtrl.h
   framework/afx.h
   framework/afxcmn.h
   framework/afxdefs.h
   framework/afxexcept.h
+  framework/afxhtml.h
   framework/afxstr.h
   framework/afxtempl.h
   framework/afxwin.h

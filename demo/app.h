@@ -37,6 +37,7 @@ enum Command : UINT
     ID_DEBUG_CLEAREXEC,
     ID_DEBUG_DISABLEBREAKS,
     ID_DEBUG_HOLD,
+    ID_HELP_ABOUT = 1301,
 };
 
 struct App

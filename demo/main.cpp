@@ -4,12 +4,13 @@
 // area and takes the keyboard: its message loop offers every message to the
 // control's accelerators first (AfxPreTranslateMessage). The tour is in
 // tour.cpp, the Go To Line dialog in gotoline.cpp, Find and Replace in
-// findreplace.cpp.
+// findreplace.cpp, Help > About in about.cpp.
 //
 //   velmor-demo.exe [script]            opens a window
 //   velmor-demo.exe --tour <dir> [script]  plays a short scripted tour,
 //                                        writes a PNG of each screen into
 //                                        <dir>, prints the paths and exits
+#include "about.h"
 #include "app.h"
 #include "findreplace.h"
 #include "gotoline.h"
@@ -367,11 +368,14 @@ HMENU BuildMenu()
     AppendMenuW(debug, MF_STRING, ID_DEBUG_DISABLEBREAKS, L"&Disable breakpoints");
     AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(debug, MF_STRING, ID_DEBUG_HOLD, L"&Hold at the execution line (values under the mouse)");
+    HMENU help = CreatePopupMenu();
+    AppendMenuW(help, MF_STRING, ID_HELP_ABOUT, L"&About Velmor");
     HMENU bar = CreateMenu();
     AppendMenuW(bar, MF_POPUP, (UINT_PTR)file, L"&File");
     AppendMenuW(bar, MF_POPUP, (UINT_PTR)edit, L"&Edit");
     AppendMenuW(bar, MF_POPUP, (UINT_PTR)view, L"&View");
     AppendMenuW(bar, MF_POPUP, (UINT_PTR)debug, L"&Debug");
+    AppendMenuW(bar, MF_POPUP, (UINT_PTR)help, L"&Help");
     return bar;
 }
 
@@ -428,7 +432,9 @@ LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam)
         }
         break;
     case WM_SETFOCUS:
-        if (g_app.editor)
+        if (AboutShown())
+            FocusAbout();
+        else if (g_app.editor)
             g_app.editor->SetFocus();
         return 0;
     case WM_INITMENUPOPUP:
@@ -514,6 +520,9 @@ void UpdateMenuItems(HMENU popup)
 void OnCommand(UINT id)
 {
     CVelmor& ed = *g_app.editor;
+    // The About page covers the editor: any other command closes it first.
+    if (id != ID_HELP_ABOUT)
+        CloseAbout();
     if (IsControlCommand(id)) {
         // A key can ask for a command its menu item would show greyed; the
         // control would still notify a change, so ask it first.
@@ -522,6 +531,7 @@ void OnCommand(UINT id)
         return;
     }
     switch (id) {
+    case ID_HELP_ABOUT: ToggleAbout(); return;
     case ID_FILE_NEW:
         g_app.path.clear();
         ed.DeleteAllBreaks();

@@ -3,8 +3,10 @@
 // mouse and scroll messages aimed at text cells, and keys posted through the
 // demo's own message loop — writes a PNG of each screen, checks that each
 // screen shows what it should, and logs what it did to <dir>\tour.log.
+#include "about.h"
 #include "app.h"
 #include "findreplace.h"
+#include "html/HTMLCtrl.h"
 #include "screenshot.h"
 #include "gdi/WindowCapture.h"
 #include <cstdarg>
@@ -1154,6 +1156,38 @@ void ValueTipScreen(TourRun& run)
     run.Check(!IsWindowVisible(ed.m_wndValueTip.m_hWnd), L"letting the script go hides the tip");
 }
 
+// Help > About Velmor: the page in the control's HTML view. Wine has no
+// HTML engine here, so the page never renders and there is no screen to
+// write; what is checked is the view and its "app:close" link, followed
+// as a click on it would.
+void AboutChecks(TourRun& run)
+{
+    CVelmor& ed = *g_app.editor;
+    Choose(ID_HELP_ABOUT);
+    Pump();
+    CHTMLCtrl* view = ed.m_pHtmlView;
+    HWND hView = view ? view->m_hWnd : nullptr;
+    CRect client, rc;
+    ed.GetClientRect(&client);
+    if (hView) {
+        GetWindowRect(hView, &rc);
+        MapWindowPoints(nullptr, ed.m_hWnd, (LPPOINT)&rc, 2);
+    }
+    run.Log(L"About: %ls in the control's HTML view, at (%ld,%ld)-(%ld,%ld) of (%ld,%ld)-(%ld,%ld)",
+            AboutPagePath().c_str(), rc.left, rc.top, rc.right, rc.bottom, client.left, client.top, client.right,
+            client.bottom);
+    run.Check(hView && IsWindowVisible(hView), L"Help > About Velmor shows the control's HTML view");
+    run.Check(hView && GetParent(hView) == ed.m_hWnd && GetDlgCtrlID(hView) == 99 && rc == client,
+              L"the view is child 99 of the control, over its whole client area");
+    run.Check(GetMenuState(g_app.menu, ID_HELP_ABOUT, MF_BYCOMMAND) & MF_CHECKED, L"the menu item is checked");
+    if (view)
+        view->Navigate(L"app:close");
+    Pump();
+    run.Check(hView && !IsWindowVisible(hView) && GetFocus() == ed.m_hWnd,
+              L"its app:close link hides it; the editor has the focus again");
+    run.Check(!(GetMenuState(g_app.menu, ID_HELP_ABOUT, MF_BYCOMMAND) & MF_CHECKED), L"the menu item is unchecked");
+}
+
 } // namespace
 
 int Tour(const std::wstring& dir)
@@ -1174,5 +1208,6 @@ int Tour(const std::wstring& dir)
     FindScreen(run, keys);
     ContextMenuScreen(run);
     ValueTipScreen(run);
+    AboutChecks(run);
     return run.Finish(18);
 }

@@ -144,6 +144,9 @@ public:
     CString GetVariable(int x, int y);
     BOOL GetHighlight(CString& text);
     char* UnicodeToUTF8(const wchar_t* src, char* dst);
+    // Shows the child HTML view (m_pHtmlView, id 99, made on first use)
+    // over the client area and navigates it to url; NULL hides it.
+    void CreatHTMLWnd(wchar_t* url);
 
     // Positions and selection.
     CPoint GetCursorPos() { return CursorPos(); }

@@ -1,5 +1,6 @@
 // Construction, creation, reset and the window-frame handlers.
 #include "VelmorCtrl.h"
+#include "../html/HTMLCtrl.h"
 #include <cmath>
 #include <cstring>
 
@@ -152,6 +153,8 @@ CVelmor::~CVelmor()
     if (m_font.m_hObject)
         m_font.DeleteObject();
     ReleaseCompactBackground();
+    delete m_pHtmlView;
+    m_pHtmlView = nullptr;
     ReleasePaintBuffer();
 }
 
@@ -253,6 +256,8 @@ void CVelmor::OnSize(UINT nType, int cx, int cy)
 {
     CWnd::OnSize(nType, cx, cy);
     UpdateScrollSizes();
+    if (m_pHtmlView && m_pHtmlView->m_hWnd)
+        m_pHtmlView->MoveWindow(0, 0, cx, cy, TRUE);
     if (m_wndValueTip.m_hWnd) {
         CRect rc;
         GetClientRect(&rc);

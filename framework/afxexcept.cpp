@@ -26,3 +26,6 @@ void AFXAPI AfxThrowInvalidArgException() { throw new CInvalidArgException; }
 void AFXAPI AfxThrowMemoryException() { throw new CMemoryException; }
 void AFXAPI AfxThrowNotSupportedException() { throw new CNotSupportedException; }
 void AFXAPI AfxThrowResourceException() { throw new CResourceException; }
+#ifdef _WIN32
+void AFXAPI AfxThrowOleException(SCODE sc) { throw new COleException(sc); }
+#endif

@@ -49,7 +49,21 @@ public:
     const wchar_t* Message() const override { return L"Resource failure"; }
 };
 
+#ifdef _WIN32
+// A failed COM call: m_sc is its status code.
+class AFX_EXT_CLASS COleException : public CException
+{
+public:
+    explicit COleException(SCODE sc) : m_sc(sc) {}
+    const wchar_t* Message() const override { return L"COM operation failed"; }
+    SCODE m_sc;
+};
+#endif
+
 [[noreturn]] AFX_EXT_API void AFXAPI AfxThrowInvalidArgException();
 [[noreturn]] AFX_EXT_API void AFXAPI AfxThrowMemoryException();
 [[noreturn]] AFX_EXT_API void AFXAPI AfxThrowNotSupportedException();
 [[noreturn]] AFX_EXT_API void AFXAPI AfxThrowResourceException();
+#ifdef _WIN32
+[[noreturn]] AFX_EXT_API void AFXAPI AfxThrowOleException(SCODE sc);
+#endif

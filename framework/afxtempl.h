@@ -95,3 +95,8 @@ protected:
     }
     std::vector<TYPE> m_data;
 };
+
+// An array of bytes (posted form data of a navigation, for one).
+class CByteArray : public CArray<BYTE, BYTE>
+{
+};

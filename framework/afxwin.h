@@ -101,6 +101,7 @@ protected:                                          \
 #define ON_WM_CONTEXTMENU() AFX_MSG_ENTRY(WM_CONTEXTMENU, _p->OnContextMenu(CWnd::FromHandle((HWND)wParam), CPoint(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))); *_r = 0)
 #define ON_WM_SETFOCUS() AFX_MSG_ENTRY(WM_SETFOCUS, _p->OnSetFocus(CWnd::FromHandle((HWND)wParam)); *_r = 0)
 #define ON_WM_KILLFOCUS() AFX_MSG_ENTRY(WM_KILLFOCUS, _p->OnKillFocus(CWnd::FromHandle((HWND)wParam)); *_r = 0)
+#define ON_WM_MOUSEACTIVATE() AFX_MSG_ENTRY(WM_MOUSEACTIVATE, *_r = _p->OnMouseActivate(CWnd::FromHandle((HWND)wParam), LOWORD(lParam), HIWORD(lParam)))
 
 // Command entries: the handler of a range receives the command id.
 #define ON_COMMAND(id, memberFxn) \
@@ -428,6 +429,9 @@ public:
     BOOL Attach(HWND hWndNew);
     HWND Detach();
     BOOL SubclassWindow(HWND hWnd);
+    // Subclasses the child nID of pParent; FALSE when there is no such
+    // child or it already belongs to a framework object.
+    BOOL SubclassDlgItem(UINT nID, CWnd* pParent);
     HWND UnsubclassWindow();
 
     virtual BOOL Create(LPCTSTR lpszClassName, LPCTSTR lpszWindowName, DWORD dwStyle, const RECT& rect,
@@ -567,6 +571,7 @@ protected:
     afx_msg void OnContextMenu(CWnd*, CPoint) { Default(); }
     afx_msg void OnSetFocus(CWnd*) { Default(); }
     afx_msg void OnKillFocus(CWnd*) { Default(); }
+    afx_msg int OnMouseActivate(CWnd*, UINT, UINT) { return (int)Default(); }
 
     WNDPROC m_pfnSuper; // the window's own procedure, called for unhandled messages
 

@@ -156,6 +156,14 @@ BOOL CWnd::SubclassWindow(HWND hWnd)
     return TRUE;
 }
 
+BOOL CWnd::SubclassDlgItem(UINT nID, CWnd* pParent)
+{
+    HWND hWnd = pParent ? ::GetDlgItem(pParent->m_hWnd, (int)nID) : nullptr;
+    if (!hWnd || FromHandlePermanent(hWnd))
+        return FALSE;
+    return SubclassWindow(hWnd);
+}
+
 HWND CWnd::UnsubclassWindow()
 {
     if (m_pfnSuper)
