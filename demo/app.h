@@ -62,6 +62,21 @@ struct App
 
 extern App g_app;
 
+// The host's own parts, shared by main.cpp (the window, files, the editor)
+// and commands.cpp (the menus and what their commands do).
+bool WriteFileText(const std::wstring& path, const CString& text);
+void UpdateTitle();
+// Loads text into the control as a fresh document (no undo, not modified).
+void LoadIntoEditor(const CString& text);
+// Makes the control (again, for a change of compact mode) with text.
+void CreateEditor(const CString& text);
+CString EditorText();
+void Refresh();
+void SetChecks();
+bool ControlCommandEnabled(UINT id);
+HMENU BuildMenu();
+HACCEL BuildAccelerators();
+
 // The path of a sample script shipped beside the executable.
 std::wstring SamplePath(const wchar_t* name);
 // Loads a script file into the control; false (with a message box) when it
