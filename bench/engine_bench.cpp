@@ -2,32 +2,13 @@
 // of 1,000 functions with 50 locals each, in memory below 4 GiB, looked up
 // through the exported LookupScriptVariable (checked reads included).
 #include "BenchUtil.h"
+#include "WinBench.h"
+#include "tests/support/LowMemory.h"
 #include "tests/support/RecordImage.h"
-#include <windows.h>
 #include <cstdio>
 #include <cstring>
 
 namespace {
-
-void* LowAlloc(size_t size)
-{
-    for (uintptr_t a = 0x10000000; a < 0x7F000000; a += 0x01000000)
-        if (void* p = VirtualAlloc((void*)a, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE))
-            return p;
-    return nullptr;
-}
-
-double Now()
-{
-    static LARGE_INTEGER f = [] {
-        LARGE_INTEGER x;
-        QueryPerformanceFrequency(&x);
-        return x;
-    }();
-    LARGE_INTEGER t;
-    QueryPerformanceCounter(&t);
-    return (double)t.QuadPart / (double)f.QuadPart;
-}
 
 // Microseconds per lookup of word at line: the median of 15 batches.
 double Measure(int line, const char* word, void* frame, void* list, bool expectFound)
@@ -36,7 +17,7 @@ double Measure(int line, const char* word, void* frame, void* list, bool expectF
     std::vector<double> batches;
     char buf[1024];
     for (int b = 0; b < 15; ++b) {
-        const double t0 = Now();
+        const double t0 = bench::NowMs();
         for (int i = 0; i < kBatch; ++i) {
             std::snprintf(buf, sizeof buf, "%s", word);
             if ((LookupScriptVariable(line, buf, nullptr, frame, list) != 0) != expectFound) {
@@ -44,7 +25,7 @@ double Measure(int line, const char* word, void* frame, void* list, bool expectF
                 return -1;
             }
         }
-        batches.push_back((Now() - t0) * 1e6 / kBatch);
+        batches.push_back((bench::NowMs() - t0) * 1e3 / kBatch);
     }
     return bench::Median(batches);
 }
@@ -54,7 +35,7 @@ double Measure(int line, const char* word, void* frame, void* list, bool expectF
 int main()
 {
     const int kFunctions = 1000, kLocals = 50;
-    uint8_t* mem = (uint8_t*)LowAlloc(16 << 20);
+    uint8_t* mem = (uint8_t*)VelmorLowAlloc(16 << 20);
     if (!mem) {
         std::printf("  value lookup: no memory below 4 GiB\n");
         return 1;

@@ -4,21 +4,13 @@
 // one-second refresh, the parent's evaluation of a selection, and host
 // pointers that are garbage.
 #include "host.h"
+#include "tests/support/LowMemory.h"
 #include "tests/support/RecordImage.h"
 #include <gtest/gtest.h>
 #include <map>
 #include <psapi.h>
 
 namespace {
-
-// Memory for engine records at an address that fits in 32 bits.
-void* LowAlloc(size_t size)
-{
-    for (uintptr_t a = 0x10000000; a < 0x7F000000; a += 0x01000000)
-        if (void* p = VirtualAlloc((void*)a, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE))
-            return p;
-    return nullptr;
-}
 
 const wchar_t kScript[] = L"count + ratio;\n"
                           L"x = arr[i] + pos.y;\n"
@@ -36,7 +28,7 @@ struct EngineImage
 
     EngineImage()
     {
-        mem = (uint8_t*)LowAlloc(1 << 20);
+        mem = (uint8_t*)VelmorLowAlloc(1 << 20);
         img = CRecordImage((uint32_t)(uintptr_t)mem);
         frame = img.Frame(6);
         const uint32_t table =
@@ -280,12 +272,12 @@ TEST(ValueTip, GarbagePointersFindNothingAndLeakNothing)
     e->SetRunning(true);
     // Freed memory, a pointer into the control itself, small integers, the
     // top of the 32-bit range.
-    void* freed = LowAlloc(1 << 16);
+    void* freed = VelmorLowAlloc(1 << 16);
     VirtualFree(freed, 0, MEM_RELEASE);
     // A looping function chain whose records say "use the table" with a
     // table pointer at a page that cannot be read, and a name of 1 MiB
     // without a terminator that ends at such a page.
-    uint8_t* low = (uint8_t*)LowAlloc(4 << 20);
+    uint8_t* low = (uint8_t*)VelmorLowAlloc(4 << 20);
     ASSERT_TRUE(low);
     CRecordImage img((uint32_t)(uintptr_t)low);
     const uint32_t guard = img.Base() + (3 << 20);
