@@ -35,16 +35,31 @@ void BosHook(char* pszFile, int* pLine)
         s_pEngine->OnStatement(pszFile, *pLine);
 }
 
-void BofHook(char* pszName, char*)
+// S-Lang's C hooks around every call of a script function, and at every
+// entry of its inner interpreter (a function body, a loop's block).
+// The adapter's own functions (running a script, calling an entry) are no
+// calls of the script.
+bool IsAdapterFunction(const char* pszName)
 {
-    if (s_pEngine)
+    return strncmp(pszName, "__velmor_", 9) == 0;
+}
+
+void EnterHook(char* pszName)
+{
+    if (s_pEngine && !IsAdapterFunction(pszName))
         s_pEngine->OnFunctionEntry(pszName);
 }
 
-void EofHook()
+void ExitHook(char* pszName)
+{
+    if (s_pEngine && !IsAdapterFunction(pszName))
+        s_pEngine->OnFunctionExit();
+}
+
+void InterpreterEntryHook()
 {
     if (s_pEngine)
-        s_pEngine->OnFunctionExit();
+        s_pEngine->OnInterpreterEntry();
 }
 
 void ErrorHook(char* pszMessage)
@@ -62,11 +77,11 @@ bool InitSlang()
     SLang_Error_Hook = ErrorHook;
     SLang_Traceback = 0;
     if (SLadd_intrinsic_function((char*)"__velmor_bos", Intrinsic(BosHook), SLANG_VOID_TYPE, 2,
-                                 SLANG_STRING_TYPE, SLANG_INT_TYPE) == -1 ||
-        SLadd_intrinsic_function((char*)"__velmor_bof", Intrinsic(BofHook), SLANG_VOID_TYPE, 2,
-                                 SLANG_STRING_TYPE, SLANG_STRING_TYPE) == -1 ||
-        SLadd_intrinsic_function((char*)"__velmor_eof", Intrinsic(EofHook), SLANG_VOID_TYPE, 0) == -1)
+                                 SLANG_STRING_TYPE, SLANG_INT_TYPE) == -1)
         return false;
+    SLang_Enter_Function = EnterHook;
+    SLang_Exit_Function = ExitHook;
+    SLang_Interrupt = InterpreterEntryHook;
     if (SLang_load_string((char*)SlangHelperSource()) == -1)
         return false;
     s_bSlangReady = true;
@@ -236,8 +251,9 @@ void CSlangEngine::RunJob(const Job& job)
             SLang_push_anytype(st.entries[job.nEntry]) != -1 && SLang_end_arg_list() != -1)
             rc = SLexecute_function(call);
     } else if (SLang_Name_Type* run = SLang_get_function((char*)"__velmor_run")) {
+        // Debug_Enabled 0 at the start: compiled without the statement hook.
         if (SLang_start_arg_list() != -1 && SLang_push_string((char*)job.strScript.c_str()) != -1 &&
-            SLang_end_arg_list() != -1)
+            SLang_push_int(m_rc.Debug_Enabled != 0 ? 3 : 0) != -1 && SLang_end_arg_list() != -1)
             rc = SLexecute_function(run);
     }
     CSlangRunResult result;
@@ -333,8 +349,6 @@ void CSlangEngine::OnFunctionEntry(const char* pszName)
     // Stepping over: no stops inside the callee.
     if (m_rc.Step_Mode != 0 && m_rc.Step_Into == 0)
         m_rc.Step_Mode = 2;
-    if (m_rc.Step_Mode == 1)
-        m_rc.Last_Stop_Line = -1;
     // A function that may fill an empty entry slot when it returns.
     SLang_Any_Type* ref = nullptr;
     SlangEntry slot = SLANG_ENTRY_MAIN;
@@ -350,6 +364,16 @@ void CSlangEngine::OnFunctionEntry(const char* pszName)
         }
     }
     st.calls.emplace_back(ref, slot);
+}
+
+void CSlangEngine::OnInterpreterEntry()
+{
+    if (m_bAbort) {
+        SLang_set_error(SL_UserBreak_Error);
+        return;
+    }
+    if (m_pState && !m_pState->nInHelper && m_rc.Step_Mode == 1)
+        m_rc.Last_Stop_Line = -1;
 }
 
 void CSlangEngine::OnFunctionExit()

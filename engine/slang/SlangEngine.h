@@ -3,11 +3,13 @@
 // "OnTrigger" and "OnCalculate") and the inspection interface of the value
 // tip (EngineInspector.h) answered from the live interpreter.
 //
-// Run control sits on S-Lang's own hooks: every script is compiled with
-// _boseos_info = 3 and _bofeof_info = 1, and C intrinsics are installed as
-// the statement handler (_set_bos_handler: file and line before each
-// statement) and the function entry and exit handlers (_set_bof_handler,
-// _set_eof_handler). Lines are the script's one-based lines as S-Lang
+// Run control sits on S-Lang's own hooks: a script is compiled with
+// _boseos_info = 3 (when Debug_Enabled is nonzero as its run starts) and a
+// C intrinsic is the statement handler (_set_bos_handler: file and line
+// before each statement); S-Lang's C hooks SLang_Enter_Function and
+// SLang_Exit_Function surround every call of a script function, and
+// SLang_Interrupt runs at every entry of the inner interpreter (a function
+// body, a loop's block). Lines are the script's one-based lines as S-Lang
 // counts them; statements of other files (a library the script loads with
 // require or evalfile) have no line for the run control and never stop.
 //
@@ -46,7 +48,8 @@ struct CSlangRunControl
 {
     static const int kMaxBreakLines = 100;
     // 1: statements are checked for stops. 2: no stops until the current
-    // call returns, then 1 again.
+    // call returns, then 1 again. Read also when a run starts: a script
+    // started with 0 is compiled without the statement hook and never stops.
     std::atomic<unsigned char> Debug_Enabled{0};
     // 0: run to breakpoints; 1: stop at every new line; 2: inside a call
     // being stepped over (set by the engine).
@@ -139,6 +142,7 @@ public:
     void OnStatement(const char* pszFile, int nLine);
     void OnFunctionEntry(const char* pszName);
     void OnFunctionExit();
+    void OnInterpreterEntry();
     void OnErrorMessage(const char* pszMessage);
 
 private:

@@ -15,33 +15,23 @@ const int kMaxDepth = 8;
 // Helpers are called from C inside the statement or function hook, so the
 // frame below the helper's own is the script's running function.
 const char kHelpers[] = R"SL(
-% S-Lang drops a hook that raised an error (an aborted run does): each run
-% installs them again.
-private define velmor_hooks ()
+% S-Lang drops a statement hook that raised an error (an aborted run
+% does): each run installs it again. boseos: compile the script with the
+% statement hook (3) or without (0).
+define __velmor_run (text, boseos)
 {
    () = _set_bos_handler (&__velmor_bos);
-   () = _set_bof_handler (&__velmor_bof);
-   () = _set_eof_handler (&__velmor_eof);
+   _boseos_info = boseos;
+   try
+     eval (text);
+   finally
+     _boseos_info = 0;
 }
 
 define __velmor_call (f)
 {
-   velmor_hooks ();
+   () = _set_bos_handler (&__velmor_bos);
    (@f) ();
-}
-
-define __velmor_run (text)
-{
-   velmor_hooks ();
-   _boseos_info = 3;
-   _bofeof_info = 1;
-   try
-     eval (text);
-   finally
-     {
-        _boseos_info = 0;
-        _bofeof_info = 0;
-     }
 }
 
 % A reference to name, resolved as code of frame d would resolve it

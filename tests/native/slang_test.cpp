@@ -143,9 +143,20 @@ TEST_F(SlangTest, OneLineStopsOnceUnlessACallReturnsBetweenItsStatements)
 
     // A loop on one line: its statements come back to the line without a
     // call, so it stops once.
+    const char* loop = "variable i, n = 0;\nfor (i = 0; i < 3; i++) n++;\nn = -n;\n";
     Break({2});
-    ASSERT_TRUE(engine.Start("variable i, n = 0;\nfor (i = 0; i < 5; i++) n++;\nn = -n;\n"));
+    ASSERT_TRUE(engine.Start(loop));
     EXPECT_EQ(std::vector<int>({2}), Stops(&CSlangEngine::Continue));
+    // Stepping, every entry of one of the loop's blocks (test, step, body)
+    // is a new entry of the interpreter and forgets the last stop: the line
+    // stops again and again, at least once per pass.
+    rc.Step_Mode = 1;
+    ASSERT_TRUE(engine.Start(loop));
+    stops = Stops(&CSlangEngine::StepOver);
+    ASSERT_GE(stops.size(), 5u);
+    EXPECT_EQ(1, stops.front());
+    EXPECT_EQ(3, stops.back());
+    EXPECT_EQ(stops.size() - 2, (size_t)std::count(stops.begin(), stops.end(), 2));
 }
 
 const std::string kNested = Script({
@@ -211,6 +222,7 @@ TEST_F(SlangTest, EntrySlotsKeepTheFirstFunctionOfEachName)
         "main();",                                  // 6
         "OnTrigger();",                             // 7
     });
+    rc.Debug_Enabled = 1; // compiled with the statement hook: the entries can stop later
     ASSERT_TRUE(engine.Start(script));
     ASSERT_TRUE(engine.WaitFinished(kWaitMs));
     ASSERT_EQ(0, engine.Result().nError) << engine.Result().strMessage;
@@ -220,7 +232,6 @@ TEST_F(SlangTest, EntrySlotsKeepTheFirstFunctionOfEachName)
     EXPECT_FALSE(engine.StartEntry(SLANG_ENTRY_ONCALCULATE));
 
     // The kept main is the first one: its line stops, the second's does not.
-    rc.Debug_Enabled = 1;
     Break({1, 5});
     ASSERT_TRUE(engine.StartEntry(SLANG_ENTRY_MAIN));
     EXPECT_EQ(std::vector<int>({1}), Stops(&CSlangEngine::Continue));
@@ -316,10 +327,17 @@ TEST_F(SlangTest, ErrorsReachTheHostAndTheNextScriptRuns)
     ASSERT_TRUE(engine.WaitFinished(kWaitMs));
     EXPECT_EQ(SL_UserBreak_Error, engine.Result().nError);
     ASSERT_TRUE(engine.Start(kAddLoop));
-    EXPECT_EQ(3, engine.WaitStopped(kWaitMs));
-    engine.Continue();
-    engine.Continue();
-    engine.Continue();
+    EXPECT_EQ(std::vector<int>({3, 3, 3}), Stops(&CSlangEngine::Continue));
+    EXPECT_EQ(0, engine.Result().nError);
+
+    // A script that never ends, compiled without the statement hook, ends
+    // on Abort too.
+    rc.Debug_Enabled = 0;
+    ASSERT_TRUE(engine.Start("variable n = 0;\nwhile (1) n++;\n"));
+    EXPECT_FALSE(engine.WaitFinished(50));
+    engine.Abort();
+    ASSERT_TRUE(engine.WaitFinished(kWaitMs));
+    EXPECT_EQ(SL_UserBreak_Error, engine.Result().nError);
 }
 
 std::string ReadFile(const char* path)
