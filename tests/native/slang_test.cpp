@@ -291,6 +291,22 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
     EXPECT_EQ(4, v.fields[1].second.fields[1].second.nInt);
     ASSERT_TRUE(engine.InspectVariable(0, "lg", -1, v));
     EXPECT_EQ(5000000000LL, v.nInt);
+    // S-Lang's types as the engine's type codes.
+    const std::pair<const char*, int> codes[] = {
+        {"i", VELMOR_T_INT}, {"ch", VELMOR_T_CHAR}, {"uc", VELMOR_T_UCHAR}, {"sh", VELMOR_T_SHORT},
+        {"us", VELMOR_T_USHORT}, {"ui", VELMOR_T_UINT}, {"lg", VELMOR_T_LONG}, {"ll", VELMOR_T_LONG},
+        {"ul", VELMOR_T_ULONG}, {"f", VELMOR_T_FLOAT}, {"d", VELMOR_T_DOUBLE}, {"s", VELMOR_T_STRING},
+        {"arr", VELMOR_T_ARRAY}, {"pos", VELMOR_T_STRUCT}, {"late", 0},
+    };
+    for (auto& c : codes) {
+        ASSERT_TRUE(engine.InspectVariable(0, c.first, -1, v)) << c.first;
+        EXPECT_EQ(c.second, v.nType) << c.first;
+    }
+    ASSERT_TRUE(engine.InspectVariable(0, "sa", 1, v));
+    EXPECT_EQ(VELMOR_T_STRING, v.nElemType);
+    EXPECT_EQ(2, v.nLength);
+    EXPECT_EQ(1, v.nFirst);
+    ASSERT_EQ(1u, v.elements.size());
     engine.Continue();
     ASSERT_TRUE(engine.WaitFinished(kWaitMs));
     // Values are read only while the script is held.
