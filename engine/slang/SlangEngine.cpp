@@ -1,6 +1,7 @@
 // The script thread, the run control on S-Lang's statement and function
 // hooks, and the hand-over of inspection requests to a held script.
 #include "SlangEngine.h"
+#include "SlangFunctionLines.h"
 #include "SlangValues.h"
 #include <chrono>
 #include <cstring>
@@ -22,6 +23,12 @@ template <class F> FVOID_STAR Intrinsic(F f)
 CSlangEngine* s_pEngine = nullptr;
 std::mutex s_engineMutex;
 bool s_bSlangReady = false; // S-Lang initialised, helpers and hooks installed
+SLang_Any_Type* s_pBosRef = nullptr; // &__velmor_bos, to install the statement hook from C
+
+// Statements a function runs with the statement hook on before the hook is
+// turned off where no stop is possible: short functions never pay for the
+// switch, loops do it once.
+const int kStatementsBeforeOff = 64;
 
 // The name S-Lang gives the text the adapter compiles (eval of a string).
 const char kScriptFile[] = "***string***";
@@ -82,7 +89,8 @@ bool InitSlang()
     SLang_Enter_Function = EnterHook;
     SLang_Exit_Function = ExitHook;
     SLang_Interrupt = InterpreterEntryHook;
-    if (SLang_load_string((char*)SlangHelperSource()) == -1)
+    if (SLang_load_string((char*)SlangHelperSource()) == -1 || SLang_load_string((char*)"&__velmor_bos;") == -1 ||
+        SLang_pop_anytype(&s_pBosRef) == -1)
         return false;
     s_bSlangReady = true;
     return true;
@@ -127,17 +135,26 @@ struct CSlangEngine::Request
 class CSlangEngine::CScriptState
 {
 public:
+    struct Call
+    {
+        SLang_Any_Type* ref;                     // kept in slot when the call returns
+        SlangEntry slot;
+        const std::vector<std::pair<int, int>>* spans; // the function's lines; null: not known
+        int nStatements;
+    };
     SLang_Any_Type* entries[SLANG_ENTRY_COUNT] = {};
-    std::vector<std::pair<SLang_Any_Type*, SlangEntry>> calls;
-    int nInHelper = 0; // hooks do nothing while the adapter runs S-Lang code of its own
+    std::vector<Call> calls;
+    CSlangFunctionLines lines; // of the script running
+    bool bHookOn = true;       // the statement hook is installed
+    int nInHelper = 0;         // hooks do nothing while the adapter runs S-Lang code of its own
     bool bInitOk = false;
     std::string strMessages, strFirstMessage;
 
     void DropCalls()
     {
         for (auto& c : calls)
-            if (c.first)
-                SLang_free_anytype(c.first);
+            if (c.ref)
+                SLang_free_anytype(c.ref);
         calls.clear();
     }
     ~CScriptState()
@@ -237,6 +254,12 @@ void CSlangEngine::RunJob(const Job& job)
     st.strMessages.clear();
     st.strFirstMessage.clear();
     st.DropCalls();
+    // An entry's function may come from an earlier script: no lines known.
+    if (job.bEntry)
+        st.lines.Clear();
+    else
+        st.lines.Scan(job.strScript);
+    st.bHookOn = true; // each run installs it
     // A run is a new entry of the interpreter: its first stop is never
     // suppressed by the last stop of the previous run.
     m_rc.Last_Stop_Line = -1;
@@ -280,7 +303,16 @@ void CSlangEngine::OnStatement(const char* pszFile, int nLine)
         SLang_set_error(SL_UserBreak_Error);
         return;
     }
-    if (!m_pState || m_pState->nInHelper || m_rc.Debug_Enabled != 1)
+    if (!m_pState || m_pState->nInHelper)
+        return;
+    if (!m_pState->calls.empty() && ++m_pState->calls.back().nStatements > kStatementsBeforeOff) {
+        m_pState->calls.back().nStatements = 0;
+        if (!MayStop()) {
+            SetStatementHook(false);
+            return;
+        }
+    }
+    if (m_rc.Debug_Enabled != 1)
         return;
     m_rc.Stop_Line = -1;
     const int L = strcmp(pszFile, kScriptFile) == 0 ? nLine : 0;
@@ -352,6 +384,7 @@ void CSlangEngine::OnFunctionEntry(const char* pszName)
     // A function that may fill an empty entry slot when it returns.
     SLang_Any_Type* ref = nullptr;
     SlangEntry slot = SLANG_ENTRY_MAIN;
+    const auto* spans = st.lines.Find(pszName);
     for (SlangEntry e : kEntryOrder) {
         if (!st.entries[e] && strcmp(pszName, kEntryNames[e]) == 0) {
             void* p = nullptr;
@@ -363,7 +396,9 @@ void CSlangEngine::OnFunctionEntry(const char* pszName)
             break;
         }
     }
-    st.calls.emplace_back(ref, slot);
+    st.calls.push_back({ref, slot, spans, 0});
+    if (!st.bHookOn && MayStop())
+        SetStatementHook(true);
 }
 
 void CSlangEngine::OnInterpreterEntry()
@@ -372,8 +407,53 @@ void CSlangEngine::OnInterpreterEntry()
         SLang_set_error(SL_UserBreak_Error);
         return;
     }
-    if (m_pState && !m_pState->nInHelper && m_rc.Step_Mode == 1)
+    if (!m_pState || m_pState->nInHelper)
+        return;
+    if (m_rc.Step_Mode == 1)
         m_rc.Last_Stop_Line = -1;
+    // With the statement hook off, the controller's changes are seen here
+    // (every loop pass enters a block).
+    if (!m_pState->bHookOn && MayStop())
+        SetStatementHook(true);
+}
+
+// Whether a statement of the running function could stop now: debugging
+// on, and stepping, or a breakpoint among the function's lines (a function
+// the script's text does not show, and the top level, always could).
+bool CSlangEngine::MayStop() const
+{
+    if (m_rc.Debug_Enabled != 1)
+        return false;
+    const int mode = m_rc.Step_Mode;
+    if (mode != 0)
+        return mode == 1;
+    const auto& calls = m_pState->calls;
+    if (calls.empty() || !calls.back().spans)
+        return true;
+    for (int i = 0; i < CSlangRunControl::kMaxBreakLines; ++i) {
+        const int b = m_rc.Break_Lines[i];
+        if (b == -1)
+            break;
+        for (const auto& span : *calls.back().spans)
+            if (b >= span.first && b <= span.second)
+                return true;
+    }
+    return false;
+}
+
+// Installs or removes the statement hook (S-Lang's _set_bos_handler).
+void CSlangEngine::SetStatementHook(bool bOn)
+{
+    CScriptState& st = *m_pState;
+    SLang_Name_Type* set = SLang_get_function((char*)"_set_bos_handler");
+    const int depth0 = SLstack_depth();
+    ++st.nInHelper;
+    if (set && SLang_start_arg_list() != -1 && (bOn ? SLang_push_anytype(s_pBosRef) : SLang_push_null()) != -1 &&
+        SLang_end_arg_list() != -1 && SLexecute_function(set) != -1)
+        st.bHookOn = bOn;
+    --st.nInHelper;
+    if (SLstack_depth() > depth0)
+        SLdo_pop_n((unsigned)(SLstack_depth() - depth0)); // the handler it replaced
 }
 
 void CSlangEngine::OnFunctionExit()
@@ -390,17 +470,19 @@ void CSlangEngine::OnFunctionExit()
     m_rc.Last_Stop_Line = -1;
     if (st.calls.empty())
         return;
-    auto call = st.calls.back();
+    const CScriptState::Call call = st.calls.back();
     st.calls.pop_back();
-    if (!call.first)
+    if (!st.bHookOn && MayStop())
+        SetStatementHook(true);
+    if (!call.ref)
         return;
-    if (st.entries[call.second]) {
-        SLang_free_anytype(call.first);
+    if (st.entries[call.slot]) {
+        SLang_free_anytype(call.ref);
         return;
     }
-    st.entries[call.second] = call.first;
+    st.entries[call.slot] = call.ref;
     std::lock_guard<std::mutex> lk(m_mutex);
-    m_entryNames[call.second] = kEntryNames[call.second];
+    m_entryNames[call.slot] = kEntryNames[call.slot];
 }
 
 void CSlangEngine::OnErrorMessage(const char* pszMessage)

@@ -155,6 +155,8 @@ private:
     bool Queue(const Job& job);
     void Park(int nLine, bool bStepping);
     void ServeRequest();
+    bool MayStop() const;
+    void SetStatementHook(bool bOn);
     void Release(unsigned char nStepMode, unsigned char nStepInto);
 
     CSlangRunControl m_rc;

@@ -211,6 +211,64 @@ TEST_F(SlangTest, SteppingOverAndIntoNestedCalls)
     EXPECT_EQ(std::vector<int>({12, 13, 8, 9, 10, 14}), stops);
 }
 
+const std::string kSpin = Script({
+    "define spin(limit)",          // 1
+    "{",                           // 2
+    "   variable n = 0;",          // 3
+    "   while (n < limit)",        // 4
+    "   {",                        // 5
+    "      n++;",                  // 6
+    "   }",                        // 7
+    "   return n;",                // 8
+    "}",                           // 9
+    "variable r = 0;",             // 10
+    "r = spin(20000);",            // 11
+    "r = spin(2000000000);",       // 12
+});
+
+// Inside a function whose lines hold no breakpoint the statement hook is
+// off after a while; what the controller does meanwhile still counts.
+TEST_F(SlangTest, StopsInLongLoopsAfterTheControllerAsksForThem)
+{
+    rc.Debug_Enabled = 1;
+    Break({10});
+    ASSERT_TRUE(engine.Start(kSpin));
+    ASSERT_EQ(10, engine.WaitStopped(kWaitMs));
+    // Over the first spin, whose loop runs long enough to turn the hook
+    // off: the next line of the caller stops.
+    engine.StepOver();
+    ASSERT_EQ(11, engine.WaitStopped(kWaitMs));
+    engine.StepOver();
+    ASSERT_EQ(12, engine.WaitStopped(kWaitMs));
+    EXPECT_EQ("r=20000", Tip(engine, "r"));
+    engine.Continue();
+    EXPECT_EQ(-1, engine.WaitStopped(30)); // spinning, no breakpoint in spin
+
+    Break({6}); // a breakpoint in the loop while it runs
+    ASSERT_EQ(6, engine.WaitStopped(kWaitMs));
+    CVelmorValue n;
+    ASSERT_TRUE(engine.InspectVariable(0, "n", -1, n));
+    EXPECT_GT(n.nInt, 64);
+    Break({});
+    engine.Continue();
+    EXPECT_EQ(-1, engine.WaitStopped(30));
+
+    rc.Step_Mode = 1; // "pause": the next line of the loop stops
+    const int line = engine.WaitStopped(kWaitMs);
+    EXPECT_TRUE(line >= 4 && line <= 6) << line;
+    engine.Abort();
+    ASSERT_TRUE(engine.WaitFinished(kWaitMs));
+    EXPECT_EQ(SL_UserBreak_Error, engine.Result().nError);
+}
+
+TEST_F(SlangTest, BreakpointsAfterALongLoopInTheSameFunction)
+{
+    rc.Debug_Enabled = 1;
+    Break({8});
+    ASSERT_TRUE(engine.Start(kSpin.substr(0, kSpin.find("r = spin(2000000000);"))));
+    EXPECT_EQ(std::vector<int>({8}), Stops(&CSlangEngine::Continue, [&](int) { EXPECT_EQ("n=20000", Tip(engine, "n")); }));
+}
+
 TEST_F(SlangTest, EntrySlotsKeepTheFirstFunctionOfEachName)
 {
     const std::string script = Script({
