@@ -13,6 +13,15 @@
 // counts them; statements of other files (a library the script loads with
 // require or evalfile) have no line for the run control and never stop.
 //
+// S-Lang's call of the statement handler costs several times a simple
+// statement, so the hook is turned off inside a function that has run a
+// while (64 statements) when none of its lines (read from the script's text)
+// holds a breakpoint and it is not being stepped, and turned on again as soon
+// as a stop becomes possible: on a call or a return, and at every entry of a
+// block (each pass of a loop), where the controller's changes to the
+// run-control state are seen. While it is off, Stop_Line is not reset at
+// each statement.
+//
 // Threads. S-Lang is not thread-safe and keeps one interpreter per process,
 // so there is one engine at a time, and every S-Lang call is made on the
 // engine's own script thread: it initialises the library, compiles and runs

@@ -261,12 +261,31 @@ TEST_F(SlangTest, StopsInLongLoopsAfterTheControllerAsksForThem)
     EXPECT_EQ(SL_UserBreak_Error, engine.Result().nError);
 }
 
-TEST_F(SlangTest, BreakpointsAfterALongLoopInTheSameFunction)
+TEST_F(SlangTest, BreakpointsAfterLongLoopsInTheFunctionOrItsCallee)
 {
     rc.Debug_Enabled = 1;
     Break({8});
     ASSERT_TRUE(engine.Start(kSpin.substr(0, kSpin.find("r = spin(2000000000);"))));
     EXPECT_EQ(std::vector<int>({8}), Stops(&CSlangEngine::Continue, [&](int) { EXPECT_EQ("n=20000", Tip(engine, "n")); }));
+
+    // The callee's long loop turns the hook off; the caller's next
+    // statements, straight after the return, still stop.
+    const std::string caller = kSpin.substr(0, kSpin.find("variable r")) + Script({
+        "define around()",            // 10
+        "{",                          // 11
+        "   variable a = spin(5000);",// 12
+        "   a = a + 1;",              // 13
+        "   return a;",               // 14
+        "}",                          // 15
+        "() = around();",             // 16
+    });
+    Break({13, 14});
+    ASSERT_TRUE(engine.Start(caller));
+    EXPECT_EQ(std::vector<int>({13, 14}), Stops(&CSlangEngine::Continue));
+    Break({3}); // a function's last line is its own
+    ASSERT_TRUE(engine.Start("define one(k) {\n variable i, s = 0; for (i = 0; i < k; i++) s += i;\n"
+                             " return s; }\n() = one(1000);\n"));
+    EXPECT_EQ(std::vector<int>({3}), Stops(&CSlangEngine::Continue));
 }
 
 TEST_F(SlangTest, EntrySlotsKeepTheFirstFunctionOfEachName)
