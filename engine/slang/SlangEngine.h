@@ -140,11 +140,14 @@ public:
     CSlangRunResult Result() const;
 
     // The inspection interface: the variable pszName as the held script
-    // sees it, the running function's locals first, then the static,
-    // private and global variables visible from it. nLine is not used to
-    // choose a function (stock S-Lang gives functions no first line); the
-    // locals are always those of the function the script is held in.
-    // False when the script is not held or the name is no variable.
+    // sees it at the control's zero-based line nLine. The locals are those
+    // of the function whose definition holds the line, in its innermost
+    // running call (none for a line outside every function, or a function
+    // not running); then the static, private and global variables visible
+    // from the function the script is held in. When the functions' lines are
+    // not known (an entry's run, a text that did not read cleanly), the
+    // locals are those of the function the script is held in. False when
+    // the script is not held or the name is no variable.
     bool InspectVariable(int nLine, const char* pszName, long long nIndex, CVelmorValue& value) override;
 
     // Hooks, called by S-Lang on the script thread.

@@ -16,7 +16,7 @@ bool IsNameChar(char c)
 
 void CSlangFunctionLines::Scan(const std::string& text)
 {
-    m_spans.clear();
+    Clear();
     struct Open
     {
         std::string name;
@@ -38,17 +38,17 @@ void CSlangFunctionLines::Scan(const std::string& text)
         } else if (c == '"' || c == '\'') {
             for (++i; i < n && text[i] != c; ++i) {
                 if (text[i] == '\n')
-                    return m_spans.clear(); // strings and characters end on their line
+                    return Clear(); // strings and characters end on their line
                 if (text[i] == '\\')
                     ++i;
             }
             if (i >= n)
-                return m_spans.clear();
+                return Clear();
         } else if (c == '`') { // verbatim string, may span lines
             for (++i; i < n && text[i] != '`'; ++i)
                 nLine += text[i] == '\n';
             if (i >= n)
-                return m_spans.clear();
+                return Clear();
         } else if (IsNameStart(c)) {
             size_t j = i;
             while (j < n && IsNameChar(text[j]))
@@ -77,11 +77,26 @@ void CSlangFunctionLines::Scan(const std::string& text)
                 open.pop_back();
             }
             if (--nDepth < 0)
-                return m_spans.clear();
+                return Clear();
         }
     }
     if (nDepth != 0 || !open.empty())
         m_spans.clear();
+    else
+        m_bRead = true;
+}
+
+std::string CSlangFunctionLines::FunctionAt(int nLine) const
+{
+    std::string name;
+    int nFirst = 0;
+    for (const auto& f : m_spans)
+        for (const auto& span : f.second)
+            if (nLine >= span.first && nLine <= span.second && span.first > nFirst) {
+                name = f.first;
+                nFirst = span.first;
+            }
+    return name;
 }
 
 const std::vector<std::pair<int, int>>* CSlangFunctionLines::Find(const char* pszName) const

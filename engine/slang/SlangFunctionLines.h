@@ -16,12 +16,22 @@ public:
     // literals. Lines are one-based. When the text does not read cleanly
     // (braces that do not balance, an unterminated string) nothing is known.
     void Scan(const std::string& strText);
-    void Clear() { m_spans.clear(); }
+    void Clear()
+    {
+        m_spans.clear();
+        m_bRead = false;
+    }
+    // The text read cleanly (it may define no function).
+    bool IsRead() const { return m_bRead; }
 
     // The spans (first line, last line) of the functions named pszName; null
     // when the script defines no such function.
     const std::vector<std::pair<int, int>>* Find(const char* pszName) const;
+    // The function whose definition holds nLine (of two, the one that
+    // starts later); empty for a line outside every function.
+    std::string FunctionAt(int nLine) const;
 
 private:
+    bool m_bRead = false;
     std::map<std::string, std::vector<std::pair<int, int>>, std::less<>> m_spans;
 };

@@ -47,19 +47,41 @@ private define velmor_ref_in_frame (d, name)
    return NULL;
 }
 
-% 1 and the value, 2 for a variable without a value, 0 when not found.
-define __velmor_find (name)
+% The frame of the innermost call of function fn (NULL: the running
+% function's), 0 when fn is not running.
+private define velmor_function_frame (top, fn)
 {
-   variable d = _get_frame_depth () - 1;
-   variable info = _get_frame_info (d);
-   if ((info.locals != NULL) && any (info.locals == name))
+   if (fn == NULL)
+     return top;
+   variable d = top;
+   while (d > 0)
      {
-        try
-          return _get_frame_variable (d, name), 1;
-        catch AnyError;
-        return 2;
+        variable f = _get_frame_info (d).function;
+        if ((f != NULL) && (f == fn))
+          return d;
+        d--;
      }
-   variable r = velmor_ref_in_frame (d, name);
+   return 0;
+}
+
+% 1 and the value, 2 for a variable without a value, 0 when not found:
+% a local of fn's frame, else a variable visible from the running function.
+define __velmor_find (name, fn)
+{
+   variable top = _get_frame_depth () - 1;
+   variable d = velmor_function_frame (top, fn);
+   if (d > 0)
+     {
+        variable info = _get_frame_info (d);
+        if ((info.locals != NULL) && any (info.locals == name))
+          {
+             try
+               return _get_frame_variable (d, name), 1;
+             catch AnyError;
+             return 2;
+          }
+     }
+   variable r = velmor_ref_in_frame (top, name);
    if ((r == NULL) || __is_callable (r))
      return 0;
    if (0 == __is_initialized (r))
@@ -225,12 +247,15 @@ int SlangTypeToVelmor(unsigned int nSlangType)
     }
 }
 
-bool SlangFindVariable(const char* pszName, long long nIndex, CVelmorValue& value)
+bool SlangFindVariable(const char* pszName, const char* pszFunction, long long nIndex, CVelmorValue& value)
 {
     if (!IsIdentifier(pszName))
         return false;
     const int depth0 = SLstack_depth();
-    if (!CallHelper("__velmor_find", [&] { SLang_push_string((char*)pszName); }))
+    if (!CallHelper("__velmor_find", [&] {
+            SLang_push_string((char*)pszName);
+            pszFunction ? SLang_push_string((char*)pszFunction) : SLang_push_null();
+        }))
         return false;
     int status = 0;
     bool found = false;

@@ -15,13 +15,15 @@ const char* SlangHelperSource();
 // prints every integer.
 int SlangTypeToVelmor(unsigned int nSlangType);
 
-// Looks pszName up as the held script sees it: a local of the running
-// function, else a static, private or global variable visible from it.
+// Looks pszName up as the held script sees it: a local of the innermost
+// running call of pszFunction (null: the function the script is held in;
+// "": the top level, no locals), else a static, private or global variable
+// visible from the function the script is held in.
 // Returns false when there is no such variable. A variable that exists but
 // has no value yet gives true with type code 0 (the tip shows the name).
 // nIndex is the element wanted of an array (-1: element 0); only that
 // element is read.
-bool SlangFindVariable(const char* pszName, long long nIndex, CVelmorValue& value);
+bool SlangFindVariable(const char* pszName, const char* pszFunction, long long nIndex, CVelmorValue& value);
 
 // A reference to the function pszName as the running function's frame sees
 // it, popped into *ppRef (an SLang_Any_Type* holding the reference, to push

@@ -13,25 +13,28 @@ namespace {
 const int kWaitMs = 5000; // a broken adapter fails the test instead of hanging it
 
 // The tip's text for a hovered word, as the control makes it through an
-// inspection interface.
+// inspection interface, on the control's (zero-based) line.
 class CEngineSource : public IVelmorValueSource
 {
 public:
-    explicit CEngineSource(IVelmorInspector& e) : m_e(e) {}
+    CEngineSource(IVelmorInspector& e, int nLine) : m_e(e), m_nLine(nLine) {}
     int FindValue(const std::string& name, long long index, CVelmorValue& value) override
     {
-        return m_e.InspectVariable(0, name.c_str(), index, value) ? kFound : kNotFound;
+        return m_e.InspectVariable(m_nLine, name.c_str(), index, value) ? kFound : kNotFound;
     }
 
 private:
     IVelmorInspector& m_e;
+    int m_nLine;
 };
 
-std::string Tip(CSlangEngine& e, const char* word)
+// The word hovered on the script's line (one-based; 0: the line the script
+// is held at).
+std::string Tip(CSlangEngine& e, const char* word, int nLine = 0)
 {
     char buf[1024];
     snprintf(buf, sizeof buf, "%s", word);
-    CEngineSource source(e);
+    CEngineSource source(e, (nLine ? nLine : e.Control().Stop_Line.load()) - 1);
     return VelmorResolveVariable(source, buf, sizeof buf) ? std::string(buf) : std::string("<not found>");
 }
 
@@ -247,7 +250,7 @@ TEST_F(SlangTest, StopsInLongLoopsAfterTheControllerAsksForThem)
     Break({6}); // a breakpoint in the loop while it runs
     ASSERT_EQ(6, engine.WaitStopped(kWaitMs));
     CVelmorValue n;
-    ASSERT_TRUE(engine.InspectVariable(0, "n", -1, n));
+    ASSERT_TRUE(engine.InspectVariable(5, "n", -1, n)); // the control's line 5 is line 6
     EXPECT_GT(n.nInt, 64);
     Break({});
     engine.Continue();
@@ -362,11 +365,11 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
     for (auto& c : cases)
         EXPECT_EQ(c.second, Tip(engine, c.first)) << c.first;
     CVelmorValue v;
-    ASSERT_TRUE(engine.InspectVariable(0, "box", -1, v));
+    ASSERT_TRUE(engine.InspectVariable(15, "box", -1, v));
     ASSERT_EQ(3u, v.fields.size());
     EXPECT_EQ(VELMOR_T_STRUCT, v.fields[1].second.nType);
     EXPECT_EQ(4, v.fields[1].second.fields[1].second.nInt);
-    ASSERT_TRUE(engine.InspectVariable(0, "lg", -1, v));
+    ASSERT_TRUE(engine.InspectVariable(15, "lg", -1, v));
     EXPECT_EQ(5000000000LL, v.nInt);
     // S-Lang's types as the engine's type codes.
     const std::pair<const char*, int> codes[] = {
@@ -376,10 +379,10 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
         {"arr", VELMOR_T_ARRAY}, {"pos", VELMOR_T_STRUCT}, {"late", 0},
     };
     for (auto& c : codes) {
-        ASSERT_TRUE(engine.InspectVariable(0, c.first, -1, v)) << c.first;
+        ASSERT_TRUE(engine.InspectVariable(15, c.first, -1, v)) << c.first;
         EXPECT_EQ(c.second, v.nType) << c.first;
     }
-    ASSERT_TRUE(engine.InspectVariable(0, "sa", 1, v));
+    ASSERT_TRUE(engine.InspectVariable(15, "sa", 1, v));
     EXPECT_EQ(VELMOR_T_STRING, v.nElemType);
     EXPECT_EQ(2, v.nLength);
     EXPECT_EQ(1, v.nFirst);
@@ -387,7 +390,39 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
     engine.Continue();
     ASSERT_TRUE(engine.WaitFinished(kWaitMs));
     // Values are read only while the script is held.
-    EXPECT_FALSE(engine.InspectVariable(0, "g", -1, v));
+    EXPECT_FALSE(engine.InspectVariable(15, "g", -1, v));
+}
+
+// The hovered line chooses whose locals are shown: the held function's, a
+// caller's further up, or none (the global).
+TEST_F(SlangTest, TheHoveredLineChoosesTheFunction)
+{
+    const std::string script = Script({
+        "variable x = 1;",                      // 1
+        "define inner(x)",                      // 2
+        "{",                                    // 3
+        "   x = x * 10;",                       // 4
+        "   return x;",                         // 5
+        "}",                                    // 6
+        "define outer(x)",                      // 7
+        "{",                                    // 8
+        "   x = x + 1;",                        // 9
+        "   return inner(x + 1);",              // 10
+        "}",                                    // 11
+        "define idle(x) { return x; }",         // 12
+        "() = outer(x);",                       // 13
+    });
+    rc.Debug_Enabled = 1;
+    Break({5});
+    ASSERT_TRUE(engine.Start(script));
+    ASSERT_EQ(5, engine.WaitStopped(kWaitMs));
+    EXPECT_EQ("x=30", Tip(engine, "x", 5));
+    EXPECT_EQ("x=30", Tip(engine, "x", 2));
+    EXPECT_EQ("x=2", Tip(engine, "x", 9));
+    EXPECT_EQ("x=1", Tip(engine, "x", 13)); // top level
+    EXPECT_EQ("x=1", Tip(engine, "x", 12)); // a function not running
+    engine.Continue();
+    ASSERT_TRUE(engine.WaitFinished(kWaitMs));
 }
 
 TEST_F(SlangTest, ErrorsReachTheHostAndTheNextScriptRuns)
