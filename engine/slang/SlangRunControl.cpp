@@ -186,10 +186,12 @@ void CSlangEngine::OnFunctionExit()
     if (m_rc.Debug_Enabled == 2)
         m_rc.Debug_Enabled = 1;
     m_rc.Last_Stop_Line = -1;
-    if (st.calls.empty())
-        return;
-    const CScriptState::Call call = st.calls.back();
-    st.calls.pop_back();
+    CScriptState::Call call = {nullptr, SLANG_ENTRY_MAIN, nullptr, 0};
+    if (!st.calls.empty()) {
+        call = st.calls.back();
+        st.calls.pop_back();
+    }
+    // Back in the caller, which may stop where the callee could not.
     if (!st.bHookOn && MayStop())
         SetStatementHook(true);
     if (!call.ref)
