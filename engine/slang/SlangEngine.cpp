@@ -104,6 +104,7 @@ struct CSlangEngine::Job
 
 struct CSlangEngine::Request
 {
+    int nLine;
     const char* pszName;
     long long nIndex;
     CVelmorValue* pValue;
@@ -250,7 +251,12 @@ void CSlangEngine::ServeRequest()
         return;
     m_pRequest = nullptr;
     ++m_pState->nInHelper;
-    r->bFound = SlangFindVariable(r->pszName, r->nIndex, *r->pValue);
+    // The hovered line (the control's, zero-based) chooses the function
+    // whose locals are read, when the script's text told the functions'
+    // lines; else the function the script is held in.
+    const CSlangFunctionLines& lines = m_pState->lines;
+    const std::string fn = lines.IsRead() ? lines.FunctionAt(r->nLine + 1) : std::string();
+    r->bFound = SlangFindVariable(r->pszName, lines.IsRead() ? fn.c_str() : nullptr, r->nIndex, *r->pValue);
     --m_pState->nInHelper;
     r->bDone = true;
     m_cv.notify_all();
@@ -342,7 +348,7 @@ bool CSlangEngine::InspectVariable(int nLine, const char* pszName, long long nIn
     if (!pszName || std::this_thread::get_id() == m_thread.get_id())
         return false;
     std::unique_lock<std::mutex> lk(m_mutex);
-    Request r{pszName, nIndex, &value};
+    Request r{nLine, pszName, nIndex, &value};
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     // One request at a time, and only to a held script.
     if (!m_cv.wait_until(lk, deadline, [this] { return !m_pRequest || !m_bStopped; }) || !m_bStopped)
