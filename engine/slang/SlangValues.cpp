@@ -127,6 +127,16 @@ template <class Push> bool CallHelper(const char* fn, Push push)
 
 bool PopValue(CVelmorValue& v, long long nIndex, int depth);
 
+// Pops a number with S-Lang's pop function for its C type into out.
+template <class T, class Out> bool PopNumber(int (*pop)(T*), Out& out)
+{
+    T n;
+    if (pop(&n) == -1)
+        return false;
+    out = (Out)n;
+    return true;
+}
+
 bool PopArray(CVelmorValue& v, long long nIndex, int depth)
 {
     SLang_Array_Type* at = nullptr;
@@ -190,18 +200,24 @@ bool PopValue(CVelmorValue& v, long long nIndex, int depth)
         return false;
     v.nType = SlangTypeToVelmor((unsigned)t);
     switch (t) {
-    case SLANG_CHAR_TYPE: { char c; if (SLang_pop_char(&c) == -1) return false; v.nInt = (signed char)c; return true; }
-    case SLANG_UCHAR_TYPE: { unsigned char c; if (SLang_pop_uchar(&c) == -1) return false; v.nInt = c; return true; }
-    case SLANG_SHORT_TYPE: { short n; if (SLang_pop_short(&n) == -1) return false; v.nInt = n; return true; }
-    case SLANG_USHORT_TYPE: { unsigned short n; if (SLang_pop_ushort(&n) == -1) return false; v.nInt = n; return true; }
-    case SLANG_INT_TYPE: { int n; if (SLang_pop_int(&n) == -1) return false; v.nInt = n; return true; }
-    case SLANG_UINT_TYPE: { unsigned n; if (SLang_pop_uint(&n) == -1) return false; v.nInt = n; return true; }
-    case SLANG_LONG_TYPE: { long n; if (SLang_pop_long(&n) == -1) return false; v.nInt = n; return true; }
-    case SLANG_ULONG_TYPE: { unsigned long n; if (SLang_pop_ulong(&n) == -1) return false; v.nInt = (long long)n; return true; }
-    case SLANG_LLONG_TYPE: { long long n; if (SLang_pop_long_long(&n) == -1) return false; v.nInt = n; return true; }
-    case SLANG_ULLONG_TYPE: { unsigned long long n; if (SLang_pop_ulong_long(&n) == -1) return false; v.nInt = (long long)n; return true; }
-    case SLANG_FLOAT_TYPE: { float f; if (SLang_pop_float(&f) == -1) return false; v.dValue = f; return true; }
-    case SLANG_DOUBLE_TYPE: { double d; if (SLang_pop_double(&d) == -1) return false; v.dValue = d; return true; }
+    case SLANG_CHAR_TYPE: {
+        char c;
+        if (SLang_pop_char(&c) == -1)
+            return false;
+        v.nInt = (signed char)c;
+        return true;
+    }
+    case SLANG_UCHAR_TYPE: return PopNumber<unsigned char>(SLang_pop_uchar, v.nInt);
+    case SLANG_SHORT_TYPE: return PopNumber<short>(SLang_pop_short, v.nInt);
+    case SLANG_USHORT_TYPE: return PopNumber<unsigned short>(SLang_pop_ushort, v.nInt);
+    case SLANG_INT_TYPE: return PopNumber<int>(SLang_pop_int, v.nInt);
+    case SLANG_UINT_TYPE: return PopNumber<unsigned>(SLang_pop_uint, v.nInt);
+    case SLANG_LONG_TYPE: return PopNumber<long>(SLang_pop_long, v.nInt);
+    case SLANG_ULONG_TYPE: return PopNumber<unsigned long>(SLang_pop_ulong, v.nInt);
+    case SLANG_LLONG_TYPE: return PopNumber<long long>(SLang_pop_long_long, v.nInt);
+    case SLANG_ULLONG_TYPE: return PopNumber<unsigned long long>(SLang_pop_ulong_long, v.nInt);
+    case SLANG_FLOAT_TYPE: return PopNumber<float>(SLang_pop_float, v.dValue);
+    case SLANG_DOUBLE_TYPE: return PopNumber<double>(SLang_pop_double, v.dValue);
     case SLANG_STRING_TYPE: {
         SLstr_Type* s = nullptr;
         if (SLang_pop_slstring(&s) == -1)

@@ -140,7 +140,8 @@ TEST_F(SlangTest, OneLineStopsOnceUnlessACallReturnsBetweenItsStatements)
     Break({3, 3, 4, 5});
     ASSERT_TRUE(engine.Start(script));
     std::vector<std::string> tips;
-    auto stops = Stops(&CSlangEngine::Continue, [&](int) { tips.push_back(Tip(engine, "a") + " " + Tip(engine, "b")); });
+    auto stops = Stops(&CSlangEngine::Continue,
+                       [&](int) { tips.push_back(Tip(engine, "a") + " " + Tip(engine, "b")); });
     EXPECT_EQ(std::vector<int>({3, 4, 4, 5}), stops);
     EXPECT_EQ(std::vector<std::string>({"a=0 b=0", "a=3 b=2", "a=4 b=2", "a=4 b=3"}), tips);
 
@@ -269,7 +270,8 @@ TEST_F(SlangTest, BreakpointsAfterLongLoopsInTheFunctionOrItsCallee)
     rc.Debug_Enabled = 1;
     Break({8});
     ASSERT_TRUE(engine.Start(kSpin.substr(0, kSpin.find("r = spin(2000000000);"))));
-    EXPECT_EQ(std::vector<int>({8}), Stops(&CSlangEngine::Continue, [&](int) { EXPECT_EQ("n=20000", Tip(engine, "n")); }));
+    EXPECT_EQ(std::vector<int>({8}),
+              Stops(&CSlangEngine::Continue, [&](int) { EXPECT_EQ("n=20000", Tip(engine, "n")); }));
 
     // The callee's long loop turns the hook off; the caller's next
     // statements, straight after the return, still stop.
@@ -526,6 +528,41 @@ TEST_F(SlangTest, TheSlangLibrarysOwnSetFunctions)
     EXPECT_EQ("u[2]=3\n", Tip(engine, "u[2]"));
     engine.Continue();
     ASSERT_TRUE(engine.WaitFinished(kWaitMs));
+    EXPECT_EQ(0, engine.Result().nError) << engine.Result().strMessage;
+}
+
+TEST_F(SlangTest, TheSlangLibrarysOwnStructureFilter)
+{
+    std::string text = ReadFile("/usr/share/slsh/structfuns.sl");
+    ASSERT_FALSE(text.empty()) << "slsh's scripts are missing (Debian package slsh)";
+    text = "() = evalfile(\"/usr/share/slsh/require.sl\");" + text;
+    const int set = LineOf(text, "set_struct_field (s, field, value[i]);");
+    ASSERT_GT(set, 0);
+    text += "variable t = struct { a = [10, 20, 30], b = \"keep\", c = [1.5, 2.5, 3.5] };\n"
+            "struct_filter (t, [0, 2]);\n"
+            "t.b = t.b;\n";
+    const int last = LineOf(text, "t.b = t.b;");
+
+    rc.Debug_Enabled = 1;
+    Break({set, last});
+    ASSERT_TRUE(engine.Start(text));
+    std::vector<std::string> tips;
+    auto stops = Stops(&CSlangEngine::Continue, [&](int line) {
+        if (line == set)
+            for (const char* w : {"field", "value[2]", "s.b", "i[1]"})
+                tips.push_back(Tip(engine, w));
+        else
+            for (const char* w : {"t.a", "t"})
+                tips.push_back(Tip(engine, w));
+    });
+    // The loop passes the line again for field c, but no call of a script
+    // function has returned since the stop (get_struct_field is S-Lang's
+    // own), so the line does not stop twice in a row.
+    EXPECT_EQ(std::vector<int>({set, last}), stops);
+    // After the filter: a and c keep elements 0 and 2, b is no array.
+    EXPECT_EQ(std::vector<std::string>({"field=\"a\"", "value[2]=30\n", "s.b=\"keep\"", "i[1]=2\n", "t.a[0]=10\n",
+                                        "t\n\ta[0]=10\n\n\tb=\"keep\"\n\tc[0]=1.500000\n\n"}),
+              tips);
     EXPECT_EQ(0, engine.Result().nError) << engine.Result().strMessage;
 }
 
