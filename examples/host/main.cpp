@@ -4,8 +4,11 @@
 // It creates the control in a window of its own, loads a script, reads it
 // back (as written and as the interpreter gets it), marks a breakpoint and
 // the execution line, and handles the exception the control raises for a
-// line index outside the document. It also compares the version of the
-// velmor.dll it loaded with the headers it was compiled with.
+// line index outside the document. While its (pretend) script is held at
+// the execution line, it answers the control's questions about variables
+// through the inspection interface, as the value tip asks them. It also
+// compares the version of the velmor.dll it loaded with the headers it was
+// compiled with.
 //
 //   velmor-host          run the steps, print them, exit 0 when all went as expected
 //   velmor-host --show   then keep the window open until it is closed
@@ -22,6 +25,27 @@ const int kEditorId = 100;
 CVelmor* g_editor = nullptr;
 int g_changes = 0; // EN_CHANGE notifications received
 int g_failures = 0;
+
+// The host's engine, as the value tip sees it: the variables of the held
+// script by name. A real host reads them from its interpreter.
+class HostEngine : public IVelmorInspector
+{
+public:
+    bool InspectVariable(int nLine, const char* pszName, long long nIndex, CVelmorValue& value) override
+    {
+        if (std::strcmp(pszName, "a") == 0) {
+            value = CVelmorValue::Real(VELMOR_T_DOUBLE, 12.566371);
+            return true;
+        }
+        if (std::strcmp(pszName, "circle") == 0) {
+            value.nType = VELMOR_T_STRUCT;
+            value.fields.emplace_back("r", CVelmorValue::Int(VELMOR_T_INT, 2));
+            value.fields.emplace_back("name", CVelmorValue::String("unit"));
+            return true;
+        }
+        return false;
+    }
+};
 
 void Check(bool ok, const char* what)
 {
@@ -175,6 +199,19 @@ int main(int argc, char** argv)
     }
     Check(caught, "a bad line index raises CInvalidArgException* into the host");
     Check(cleanedUp, "the host's frames between the throw and the handler were unwound");
+
+    // Held at the execution line: the value tip's lookups go to the host's
+    // engine. GetVariable is what the tip shows for a word of the text.
+    HostEngine engine;
+    g_editor->SetInspector(&engine);
+    g_editor->SetRunning(true);
+    g_editor->LoadText(L"variable a = area (2.0);\ncircle.r\ncircle\n");
+    Check(g_editor->GetVariable(9, 0) == L"a=12.566371", "the tip's text for a double");
+    Check(g_editor->GetVariable(7, 1) == L"circle.r=2", "the tip's text for a structure's field");
+    Check(g_editor->GetVariable(2, 2) == L"circle\n\tr=2\n\tname=\"unit\"\n", "the tip's text for a structure");
+    Check(g_editor->GetVariable(2, 0).IsEmpty(), "a word the engine does not know shows nothing");
+    g_editor->SetRunning(false);
+    g_editor->SetInspector(nullptr);
 
     CheckDllVersion();
 
