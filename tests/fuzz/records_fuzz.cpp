@@ -7,7 +7,7 @@
 
 namespace {
 
-const uint32_t kBase = 0x1000;
+const uint32_t kBase = 0x40; // low, so that small numbers in the bytes are pointers into them
 
 // Every name is a global whose object lies at an address taken from the
 // input, so the namespace path reads random records too.
