@@ -215,6 +215,13 @@ void CVelmor::ShowValueTip(const CString& text, CPoint point)
 
 void CVelmor::HoverAt(int col, int nLine, CPoint point)
 {
+    // Over the margin, or below the last line, the mouse rests on no word
+    // (the position is clamped to the nearest text there).
+    const long long nBelow = (long long)m_nFirstLine + point.y / std::max(m_nLineHeight, 1);
+    if (point.x < m_nLeftMargin || point.y < 0 || nBelow >= (long long)m_Text._GetSize()) {
+        HideValueTip();
+        return;
+    }
     CString text;
     if (InSelection(col, nLine) && GetHighlight(text)) {
         if (m_nBreakLine < 0)

@@ -155,6 +155,15 @@ TEST(ValueTip, HoverShowsRecordValuesRefreshesAndFollowsTheMouse)
     e.Hover(0, 4);
     EXPECT_FALSE(e.TipVisible());
     EXPECT_FALSE(e.TimerWasRunning());
+    // The margin and the space below the text are no words.
+    e.Hover(1, 0);
+    ASSERT_TRUE(e.TipVisible());
+    ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(2, e->m_nLineHeight / 2));
+    EXPECT_FALSE(e.TipVisible());
+    e.Hover(1, 0);
+    ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(e->m_nLeftMargin + 4, 9 * e->m_nLineHeight + 3));
+    EXPECT_FALSE(e.TipVisible());
+    EXPECT_FALSE(e.TimerWasRunning());
     // A name the engine does not have shows nothing; leaving running hides.
     e.Hover(0, 1);
     EXPECT_FALSE(e.TipVisible());
