@@ -108,6 +108,7 @@ struct CSlangEngine::Request
     const char* pszName;
     long long nIndex;
     CVelmorValue* pValue;
+    bool bTaken = false; // the script thread is reading the value
     bool bDone = false;
     bool bFound = false;
 };
@@ -243,22 +244,33 @@ void CSlangEngine::RunJob(const Job& job)
     m_result = result;
 }
 
-// With m_mutex held, on the script thread while it is held at a line.
+// On the script thread while it is held at a line: takes the waiting
+// request, reads the value without holding m_mutex (the controller can
+// still ask whether the script is held), and hands the answer back.
 void CSlangEngine::ServeRequest()
 {
-    Request* r = m_pRequest;
-    if (!r)
-        return;
-    m_pRequest = nullptr;
+    Request* r = nullptr;
+    {
+        std::lock_guard<std::mutex> lk(m_mutex);
+        r = m_pRequest;
+        if (!r)
+            return;
+        m_pRequest = nullptr;
+        r->bTaken = true;
+    }
     ++m_pState->nInHelper;
     // The hovered line (the control's, zero-based) chooses the function
     // whose locals are read, when the script's text told the functions'
     // lines; else the function the script is held in.
     const CSlangFunctionLines& lines = m_pState->lines;
     const std::string fn = lines.IsRead() ? lines.FunctionAt(r->nLine + 1) : std::string();
-    r->bFound = SlangFindVariable(r->pszName, lines.IsRead() ? fn.c_str() : nullptr, r->nIndex, *r->pValue);
+    const bool bFound = SlangFindVariable(r->pszName, lines.IsRead() ? fn.c_str() : nullptr, r->nIndex, *r->pValue);
     --m_pState->nInHelper;
-    r->bDone = true;
+    {
+        std::lock_guard<std::mutex> lk(m_mutex);
+        r->bFound = bFound;
+        r->bDone = true;
+    }
     m_cv.notify_all();
 }
 
@@ -354,8 +366,11 @@ bool CSlangEngine::InspectVariable(int nLine, const char* pszName, long long nIn
     if (!m_cv.wait_until(lk, deadline, [this] { return !m_pRequest || !m_bStopped; }) || !m_bStopped)
         return false;
     m_pRequest = &r;
-    m_cv.wait_until(lk, deadline, [&] { return r.bDone || !m_bStopped; });
+    m_cv.wait_until(lk, deadline, [&] { return r.bDone || (!r.bTaken && !m_bStopped); });
     if (m_pRequest == &r)
         m_pRequest = nullptr; // never picked up
+    // A request the script thread has taken is written to until it is done
+    // (a bounded read: the value's size is capped).
+    m_cv.wait(lk, [&] { return r.bDone || !r.bTaken; });
     return r.bDone && r.bFound;
 }

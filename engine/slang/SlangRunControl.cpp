@@ -76,9 +76,9 @@ void CSlangEngine::Park(int nLine, bool bStepping)
     }
     m_cv.notify_all();
     for (;;) {
+        ServeRequest();
         {
             std::lock_guard<std::mutex> lk(m_mutex);
-            ServeRequest();
             if (m_bAbort || m_rc.Stop_Line != nLine || (bStepping && m_rc.Step_Mode != 1)) {
                 m_bStopped = false;
                 break;

@@ -11,6 +11,12 @@ namespace {
 
 // Structures nest; a tip shows a few levels at most.
 const int kMaxDepth = 8;
+// What one lookup reads at most: the tip shows 1,023 characters, and a
+// structure that holds itself would otherwise expand to fields^8 values.
+const unsigned kMaxFields = 256;
+const unsigned kMaxValues = 4096;
+const size_t kMaxText = 1023;
+unsigned g_nValuesLeft = 0; // for the lookup under way (script thread only)
 
 // Helpers are called from C inside the statement or function hook, so the
 // frame below the helper's own is the script's running function.
@@ -175,15 +181,17 @@ bool PopStruct(CVelmorValue& v, int depth)
               SLang_pop_array_of_type(&names, SLANG_STRING_TYPE) != -1;
     if (ok) {
         char** pNames = (char**)names->data;
-        for (SLuindex_Type i = 0; ok && i < names->num_elements; ++i) {
+        for (SLuindex_Type i = 0; ok && i < names->num_elements && i < kMaxFields && g_nValuesLeft; ++i) {
             CVelmorValue field;
             ok = SLang_push_struct_field(s, pNames[i]) != -1;
             if (!ok)
                 break;
-            if (depth < kMaxDepth)
+            if (depth < kMaxDepth) {
                 ok = PopValue(field, -1, depth + 1);
-            else
-                ok = SLdo_pop() != -1;
+            } else {
+                ok = SLdo_pop() != -1; // too deep: the field's name alone
+                --g_nValuesLeft;
+            }
             v.fields.emplace_back(pNames[i], std::move(field));
         }
         SLang_free_array(names);
@@ -198,6 +206,11 @@ bool PopValue(CVelmorValue& v, long long nIndex, int depth)
     const int t = SLang_peek_at_stack();
     if (t == -1)
         return false;
+    if (g_nValuesLeft == 0) { // past the lookup's budget: no text for it
+        v.nType = 0;
+        return SLdo_pop() != -1;
+    }
+    --g_nValuesLeft;
     v.nType = SlangTypeToVelmor((unsigned)t);
     switch (t) {
     case SLANG_CHAR_TYPE: {
@@ -222,7 +235,7 @@ bool PopValue(CVelmorValue& v, long long nIndex, int depth)
         SLstr_Type* s = nullptr;
         if (SLang_pop_slstring(&s) == -1)
             return false;
-        v.str = s;
+        v.str.assign(s, strnlen(s, kMaxText));
         SLang_free_slstring(s);
         return true;
     }
@@ -278,6 +291,7 @@ bool SlangFindVariable(const char* pszName, const char* pszFunction, long long n
     if (SLang_pop_int(&status) != -1) {
         if (status == 1) {
             value = CVelmorValue();
+            g_nValuesLeft = kMaxValues;
             found = PopValue(value, nIndex, 0);
         } else if (status == 2) {
             value = CVelmorValue(); // exists, no value yet

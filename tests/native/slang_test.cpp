@@ -5,6 +5,8 @@
 #include "engine/slang/SlangEngine.h"
 #include <fstream>
 #include <gtest/gtest.h>
+#include <chrono>
+#include <functional>
 #include <slang.h>
 #include <sstream>
 
@@ -393,6 +395,45 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
     ASSERT_TRUE(engine.WaitFinished(kWaitMs));
     // Values are read only while the script is held.
     EXPECT_FALSE(engine.InspectVariable(15, "g", -1, v));
+}
+
+// A structure whose eight fields all hold the structure itself, and a
+// string of a megabyte: one lookup reads a bounded amount and answers at
+// once; the tip's text is cut as always.
+TEST_F(SlangTest, SelfHoldingStructuresAndHugeStringsAreReadBounded)
+{
+    const std::string script = Script({
+        "variable s = @Struct_Type(array_map(String_Type, &sprintf, \"f%d\", [1:8]));", // 1
+        "foreach (get_struct_field_names(s)) { variable nm = (); set_struct_field(s, nm, s); }", // 2
+        "variable big = \"\";",                                                         // 3
+        "big = strjoin(array_map(String_Type, &sprintf, \"%07d\", [1:150000]), \"\");",   // 4
+        "s.f1 = 1;",                                                                    // 5
+    });
+    rc.Debug_Enabled = 1;
+    Break({5});
+    ASSERT_TRUE(engine.Start(script));
+    ASSERT_EQ(5, engine.WaitStopped(kWaitMs)) << engine.Result().strMessage;
+    const auto t0 = std::chrono::steady_clock::now();
+    CVelmorValue v;
+    ASSERT_TRUE(engine.InspectVariable(4, "s", -1, v));
+    size_t n = 0;
+    std::function<void(const CVelmorValue&)> count = [&](const CVelmorValue& x) {
+        ++n;
+        for (auto& f : x.fields)
+            count(f.second);
+    };
+    count(v);
+    EXPECT_LE(n, 4097u); // the budget of one lookup, spent depth first
+    EXPECT_GE(v.fields.size(), 1u);
+    EXPECT_EQ("s\n\tf1\n\tf1\n\tf1", Tip(engine, "s", 4).substr(0, 13));
+    ASSERT_TRUE(engine.InspectVariable(4, "big", -1, v));
+    EXPECT_EQ(1023u, v.str.size());
+    EXPECT_EQ(1023u, Tip(engine, "big").size());
+    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(2));
+    EXPECT_TRUE(engine.IsStopped());
+    engine.Continue();
+    ASSERT_TRUE(engine.WaitFinished(kWaitMs));
+    EXPECT_EQ(0, engine.Result().nError) << engine.Result().strMessage;
 }
 
 // The hovered line chooses whose locals are shown: the held function's, a
