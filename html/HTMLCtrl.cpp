@@ -112,12 +112,16 @@ bool CHTMLCtrl::SetHTMLInDocument()
         VARIANT* pItem = nullptr;
         if (SUCCEEDED(::SafeArrayAccessData(psa, (void**)&pItem))) {
             V_VT(pItem) = VT_BSTR;
-            V_BSTR(pItem) = ::SysAllocString(m_strHTMLContent);
+            const BSTR text = V_BSTR(pItem) = ::SysAllocString(m_strHTMLContent);
             ::SafeArrayUnaccessData(psa);
-            bWritten = V_BSTR(pItem) && SUCCEEDED(pDoc->write(psa));
+            bWritten = text && SUCCEEDED(pDoc->write(psa));
         }
         ::SafeArrayDestroy(psa); // frees the string too
     }
+    // Closing the written document ends its loading (the page size is then
+    // reported) and makes the next write replace it instead of adding to it.
+    if (bWritten)
+        pDoc->close();
     pDoc->Release();
     if (bWritten)
         m_bContentPending = false;
