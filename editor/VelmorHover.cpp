@@ -2,6 +2,7 @@
 // mouse on a variable shows its value, refreshed every second; resting on
 // a selection asks the parent to evaluate it (message 0x8408).
 #include "VelmorCtrl.h"
+#include "../engine/ProcessMemory.h"
 #include "../engine/Resolver.h"
 #include "../engine/ScriptLookup.h"
 #include <algorithm>
@@ -52,6 +53,39 @@ CString FromAnsi(const char* psz)
         s.ReleaseBuffer(n - 1);
     }
     return s;
+}
+
+// The first nMax characters of the text between two positions, lines
+// joined with CR LF, as the selection's text begins (without making all of
+// a selection that may hold the whole document).
+CString TextPrefix(const CScriptText& text, CPoint s, CPoint e, int nMax)
+{
+    if (e.y < s.y || (e.y == s.y && e.x < s.x))
+        std::swap(s, e);
+    const int n = (int)text._GetSize();
+    CString out;
+    for (int y = s.y; y <= e.y && out.GetLength() < nMax; ++y) {
+        if (y < 0 || y >= n)
+            continue;
+        const CString& line = text.LineRef(y);
+        const int from = y == s.y ? std::min(std::max((int)s.x, 0), line.GetLength()) : 0;
+        const int to = y == e.y ? std::min(std::max((int)e.x, from), line.GetLength()) : line.GetLength();
+        out += line.Mid(from, std::min(to - from, nMax - out.GetLength()));
+        if (y != e.y)
+            out += L"\r\n";
+    }
+    return out.Left(nMax);
+}
+
+// The parent's answer to the evaluation message: read through checked
+// reads, so a parent that answers something else than a text pointer
+// gives an empty value instead of a fault.
+CString ParentAnswer(LRESULT answer)
+{
+    std::string text;
+    if (!answer || !CProcessMemory().ReadText((uint64_t)(uintptr_t)answer, 4096, text, true))
+        return CString();
+    return FromAnsi(text.c_str());
 }
 
 // Looks the word in a buffer up through the host's inspection interface.
@@ -223,16 +257,16 @@ void CVelmor::HoverAt(int col, int nLine, CPoint point)
         return;
     }
     CString text;
-    if (InSelection(col, nLine) && GetHighlight(text)) {
+    if (InSelection(col, nLine) && m_ptCursor != m_ptAnchor) {
         if (m_nBreakLine < 0)
             return;
-        // The parent evaluates the selection; "1.000000" is shown as 1.
-        text = text.Left(512);
+        // The parent evaluates the selection (its first 512 characters);
+        // "1.000000" is shown as 1.
+        text = TextPrefix(m_Text, m_ptAnchor, m_ptCursor, 512);
         memset(m_szValueBuf, 0, sizeof m_szValueBuf);
         EncodeUTF8(text, m_szValueBuf, sizeof m_szValueBuf);
         CWnd* pParent = GetParent();
-        const char* psz = pParent ? (const char*)pParent->SendMessage(VELMOR_WM_EVALUATE, 0, 0) : nullptr;
-        CString value = FromAnsi(psz);
+        CString value = ParentAnswer(pParent ? pParent->SendMessage(VELMOR_WM_EVALUATE, 0, 0) : 0);
         const int at = value.Find(L".000000");
         if (at > 0 && at == value.GetLength() - 7)
             value = value.Left(at);

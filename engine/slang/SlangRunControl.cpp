@@ -3,6 +3,7 @@
 // hooks, and the statement hook turned off where no stop is possible.
 #include "SlangScriptState.h"
 #include "SlangValues.h"
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -23,10 +24,16 @@ const SlangEntry kEntryOrder[SLANG_ENTRY_COUNT] = {SLANG_ENTRY_ONTRIGGER, SLANG_
 
 void CSlangRunControl::SetBreakLines(const int* pLines, int nCount)
 {
-    int n = 0;
-    for (; n < nCount && n < kMaxBreakLines - 1; ++n)
-        Break_Lines[n] = pLines[n];
+    // A running script reads the list as it is written: the list is first
+    // ended at its start, filled behind that end, and then given its real
+    // end and its first line, so that no moment shows lines of the old list.
+    const int n = std::max(0, std::min(nCount, kMaxBreakLines - 1));
+    Break_Lines[0] = -1;
+    for (int i = 1; i < n; ++i)
+        Break_Lines[i] = pLines[i];
     Break_Lines[n] = -1;
+    if (n > 0)
+        Break_Lines[0] = pLines[0];
 }
 
 void CSlangEngine::OnStatement(const char* pszFile, int nLine)

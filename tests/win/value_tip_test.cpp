@@ -262,6 +262,20 @@ TEST(ValueTip, ASelectionIsEvaluatedByTheParent)
     EXPECT_EQ(e.TipText(), L"2.500000");
     hoverSelection(nullptr);
     EXPECT_EQ(e.TipText(), L"");
+    // A parent that answers the message with something else than a text.
+    hoverSelection((const char*)(uintptr_t)1);
+    EXPECT_EQ(e.TipText(), L"");
+    // A selection over several lines: the parent gets its first 512
+    // characters, lines joined with CR LF.
+    e->SetSelection(4, 1, 3, 3);
+    auto hoverAt = [&](int col, int line) {
+        ::SendMessageW(e.hwnd(), WM_MOUSELEAVE, 0, 0);
+        ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0,
+                       MAKELPARAM(e->m_nLeftMargin + col * e->m_nCharWidth + 2, line * e->m_nLineHeight + 3));
+        PumpMessages();
+    };
+    hoverAt(2, 2);
+    EXPECT_STREQ(e->m_szValueBuf, "arr[i] + pos.y;\r\nn = 12;\r\npos");
     SetWindowLongPtrW(e.host.hwnd(), GWLP_WNDPROC, (LONG_PTR)g_hostProc);
 }
 
@@ -274,6 +288,22 @@ SIZE_T PrivateBytes()
     return pmc.PrivateUsage;
 }
 } // namespace
+
+TEST(ValueTip, ALongSelectionSendsItsFirst512Characters)
+{
+    std::wstring line(3000, L'x');
+    TipEditor e((line + L"\n" + line + L"\n").c_str());
+    g_hostProc = (WNDPROC)SetWindowLongPtrW(e.host.hwnd(), GWLP_WNDPROC, (LONG_PTR)EvaluatingParent);
+    g_evaluation = "7.000000";
+    e->SetRunning(true);
+    e->m_nBreakLine = 1;
+    e->SetSelection(0, 0, 10, 1);
+    ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(e->m_nLeftMargin + 20, 3));
+    PumpMessages();
+    EXPECT_EQ(strlen(e->m_szValueBuf), 512u);
+    EXPECT_EQ(e.TipText(), L"7");
+    SetWindowLongPtrW(e.host.hwnd(), GWLP_WNDPROC, (LONG_PTR)g_hostProc);
+}
 
 TEST(ValueTip, GarbagePointersFindNothingAndLeakNothing)
 {
