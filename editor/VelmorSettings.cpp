@@ -105,6 +105,8 @@ void CVelmor::SetHighlightTextColor(COLORREF cr)
 
 void CVelmor::Recolorize()
 {
+    // Asked for by the host: every line, whatever its colorizer's words.
+    m_Text.ForgetColours();
     m_Text.FullUpdate();
     InvalidateAll(TRUE);
 }

@@ -45,10 +45,14 @@ private:
 
 } // namespace
 
+// Whether the colours made since the last recolouring are still the
+// colorizer's: the same colorizer (a colorizer of another class made where
+// the last one lived is another) with the same words.
 bool CColourProgress::SnapshotCurrent(const CColorizer& c) const
 {
-    return m_pSnapFor == &c && m_bSnapNoCase == c.m_bNoCase && m_snapKeys == c.m_setKeys &&
-           m_snapOps == c.m_setOps && m_snapFuncs == c.m_setFuncs;
+    return m_pSnapFor == &c && m_pSnapType && *m_pSnapType == typeid(c) &&
+           m_bSnapNoCase == c.m_bNoCase && m_snapKeys == c.m_setKeys && m_snapOps == c.m_setOps &&
+           m_snapFuncs == c.m_setFuncs;
 }
 
 void CColourProgress::Dirty(int nFrom, int nTo, int nLines)
@@ -126,6 +130,7 @@ void CColourProgress::FullUpdate(CScriptText& text)
         m_snapFuncs = c.m_setFuncs;
         m_bSnapNoCase = c.m_bNoCase;
         m_pSnapFor = &c;
+        m_pSnapType = &typeid(c);
         Forget(n);
     }
     c.m_bInComment = false;

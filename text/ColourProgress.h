@@ -38,6 +38,7 @@
 #include "../framework/afxstr.h"
 #include <cstdint>
 #include <set>
+#include <typeinfo>
 #include <vector>
 
 class CScriptText;
@@ -67,6 +68,9 @@ public:
     // Before the colorizer's flag is read, or before the text that an owed
     // flag depends on goes away.
     void SettleFlag(CScriptText& text);
+    // Another colorizer takes over: the next recolouring keeps no line's
+    // colours, even when the new one lives where the old one did.
+    void ForgetColorizer() { m_pSnapFor = nullptr; }
     // The store cleared the colorizer's flag: no state is owed any more.
     void FlagCleared() { m_bFlagOwed = false; }
 
@@ -115,6 +119,7 @@ private:
     // outstanding recolouring colours with these sets, as it would have
     // coloured when it was asked for.
     const CColorizer* m_pSnapFor = nullptr;
+    const std::type_info* m_pSnapType = nullptr;
     std::set<CString> m_snapKeys, m_snapOps, m_snapFuncs;
     bool m_bSnapNoCase = false;
     // The colorizer of the outstanding recolouring: CSampleColorizer, the

@@ -34,8 +34,14 @@ void CScriptText::SetColorizer(CColorizer* p)
     if (p != m_pColorizer) {
         m_pProgress->SettleAll(*this);
         m_pProgress->SettleFlag(*this);
+        m_pProgress->ForgetColorizer();
     }
     m_pColorizer = p;
+}
+
+void CScriptText::ForgetColours()
+{
+    m_pProgress->ForgetColorizer();
 }
 
 std::vector<unsigned long>& CScriptText::Colors(int nLine)

@@ -43,6 +43,9 @@ public:
     const std::vector<unsigned long>& _GetLineColors(int nLine) const;
 
     void FullUpdate();
+    // Makes the next FullUpdate recolour every line (as lines are read),
+    // for a colorizer whose colouring changed otherwise than by its words.
+    void ForgetColours();
     // Recolours from nLine forward up to a "*/" line, or backward (never
     // reaching line 0) up to a "/*" line.
     void ResetTextColor(int nLine, int bUp);

@@ -218,6 +218,49 @@ TEST(LazyColour, CopyAndColorizerChangeSeeTheColoursAsRead)
     EXPECT_EQ(COLOR_OPEN_COMMENT, t._GetLineColors(3)[0]);
 }
 
+// A host's line-local colorizer whose colours change with a setting of its
+// own: a recolouring the host asks for recolours every line, and so does a
+// colorizer of another class made where the last one lived.
+TEST(LazyColour, ARecolouringForAHostColorizerOrANewOneAtTheSameAddressRecoloursAll)
+{
+    struct Tinted : CSampleColorizer
+    {
+        unsigned long tint = 0;
+        void SetLineColors(const CString& line, std::vector<unsigned long>& colors) override
+        {
+            CSampleColorizer::SetLineColors(line, colors);
+            for (auto& c : colors)
+                c ^= tint;
+        }
+        bool IsLineLocal() const override { return true; }
+    };
+    Tinted c;
+    CScriptText t;
+    t.SetColorizer(&c);
+    FillScript(t, 50);
+    const Colors before = t._GetLineColors(40);
+    c.tint = 0x10;
+    t.ForgetColours(); // as the control's Recolorize does
+    t.FullUpdate();
+    EXPECT_EQ(before[0] ^ 0x10, t._GetLineColors(40)[0]);
+
+    alignas(CSampleColorizer) unsigned char storage[sizeof(CSampleColorizer) + sizeof(CColorizer)];
+    CColorizer* p = new (storage) CSampleColorizer;
+    CScriptText u;
+    u.SetColorizer(p);
+    u._InsertLine(CString(L"// all comment"), 0, 0);
+    u.FullUpdate();
+    const Colors sample = u._GetLineColors(0);
+    p->~CColorizer();
+    p = new (storage) CColorizer; // the host's new colorizer, same place
+    u.FullUpdate();
+    Colors plain;
+    CColorizer().SetLineColors(CString(L"// all comment"), plain);
+    EXPECT_EQ(plain, u._GetLineColors(0));
+    EXPECT_NE(sample, plain);
+    p->~CColorizer();
+}
+
 namespace {
 
 // One store under test beside the reference, both with the same words.
