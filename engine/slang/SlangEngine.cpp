@@ -65,6 +65,44 @@ void ErrorHook(char* pszMessage)
         s_pEngine->OnErrorMessage(pszMessage);
 }
 
+// The script of the run under way, compiled under a name of its own
+// (kSlangScriptName), so that its statements can be told from those of
+// strings the script itself evaluates ("***string***", as S-Lang names
+// every evaluated string).
+const std::string* g_pRunScript = nullptr;
+
+struct ScriptReader
+{
+    const char* p;
+    std::string line;
+};
+
+char* ReadScriptLine(SLang_Load_Type* lt)
+{
+    ScriptReader& r = *(ScriptReader*)lt->client_data;
+    if (!*r.p)
+        return nullptr;
+    const char* nl = strchr(r.p, '\n');
+    const size_t n = nl ? (size_t)(nl - r.p) + 1 : strlen(r.p);
+    r.line.assign(r.p, n);
+    r.p += n;
+    return (char*)r.line.c_str();
+}
+
+void LoadScriptIntrinsic()
+{
+    if (!g_pRunScript)
+        return;
+    SLang_Load_Type* lt = SLallocate_load_type((char*)kSlangScriptName);
+    if (!lt)
+        return;
+    ScriptReader reader{g_pRunScript->c_str(), std::string()};
+    lt->client_data = &reader;
+    lt->read = ReadScriptLine;
+    SLang_load_object(lt); // errors are S-Lang's, reported by the caller
+    SLdeallocate_load_type(lt);
+}
+
 bool InitSlang()
 {
     if (s_bSlangReady)
@@ -74,7 +112,9 @@ bool InitSlang()
     SLang_Error_Hook = ErrorHook;
     SLang_Traceback = 0;
     if (SLadd_intrinsic_function((char*)"__velmor_bos", Intrinsic(BosHook), SLANG_VOID_TYPE, 2,
-                                 SLANG_STRING_TYPE, SLANG_INT_TYPE) == -1)
+                                 SLANG_STRING_TYPE, SLANG_INT_TYPE) == -1 ||
+        SLadd_intrinsic_function((char*)"__velmor_load_script", (FVOID_STAR)LoadScriptIntrinsic, SLANG_VOID_TYPE,
+                                 0) == -1)
         return false;
     SLang_Enter_Function = EnterHook;
     SLang_Exit_Function = ExitHook;
@@ -222,9 +262,11 @@ void CSlangEngine::RunJob(const Job& job)
             rc = SLexecute_function(call);
     } else if (SLang_Name_Type* run = SLang_get_function((char*)"__velmor_run")) {
         // Debug_Enabled 0 at the start: compiled without the statement hook.
-        if (SLang_start_arg_list() != -1 && SLang_push_string((char*)job.strScript.c_str()) != -1 &&
-            SLang_push_int(m_rc.Debug_Enabled != 0 ? 3 : 0) != -1 && SLang_end_arg_list() != -1)
+        g_pRunScript = &job.strScript;
+        if (SLang_start_arg_list() != -1 && SLang_push_int(m_rc.Debug_Enabled != 0 ? 3 : 0) != -1 &&
+            SLang_end_arg_list() != -1)
             rc = SLexecute_function(run);
+        g_pRunScript = nullptr;
     }
     CSlangRunResult result;
     result.nError = SLang_get_error();

@@ -10,8 +10,10 @@
 // SLang_Exit_Function surround every call of a script function, and
 // SLang_Interrupt runs at every entry of the inner interpreter (a function
 // body, a loop's block). Lines are the script's one-based lines as S-Lang
-// counts them; statements of other files (a library the script loads with
-// require or evalfile) have no line for the run control and never stop.
+// counts them (the script is compiled under a name of its own); statements
+// of other files (a library the script loads with require or evalfile) and
+// of strings the script evaluates have no line for the run control and
+// never stop.
 //
 // S-Lang's call of the statement handler costs several times a simple
 // statement, so the hook is turned off inside a function that has run a

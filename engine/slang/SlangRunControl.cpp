@@ -14,8 +14,7 @@ namespace {
 // turned off where no stop is possible: short functions never pay for the
 // switch, loops do it once.
 const int kStatementsBeforeOff = 64;
-// The name S-Lang gives the text the adapter compiles (eval of a string).
-const char kScriptFile[] = "***string***";
+const char* const kScriptFile = kSlangScriptName;
 const char* const kEntryNames[SLANG_ENTRY_COUNT] = {"main", "OnTrigger", "OnCalculate"};
 // Slots are checked in this order, as the names are.
 const SlangEntry kEntryOrder[SLANG_ENTRY_COUNT] = {SLANG_ENTRY_ONTRIGGER, SLANG_ENTRY_MAIN, SLANG_ENTRY_ONCALCULATE};

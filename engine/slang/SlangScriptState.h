@@ -6,6 +6,11 @@
 #include <slang.h>
 #include <vector>
 
+// The name the adapter compiles a script under: statements of this file
+// are the script's lines (strings the script evaluates are S-Lang's
+// "***string***").
+const char kSlangScriptName[] = "<velmor script>";
+
 // &__velmor_bos, to install the statement hook from C (made once).
 extern SLang_Any_Type* g_pSlangBosRef;
 

@@ -22,14 +22,14 @@ unsigned g_nValuesLeft = 0; // for the lookup under way (script thread only)
 // frame below the helper's own is the script's running function.
 const char kHelpers[] = R"SL(
 % S-Lang drops a statement hook that raised an error (an aborted run
-% does): each run installs it again. boseos: compile the script with the
-% statement hook (3) or without (0).
-define __velmor_run (text, boseos)
+% does): each run installs it again. boseos: compile the script (which the
+% adapter holds) with the statement hook (3) or without (0).
+define __velmor_run (boseos)
 {
    () = _set_bos_handler (&__velmor_bos);
    _boseos_info = boseos;
    try
-     eval (text);
+     __velmor_load_script ();
    finally
      _boseos_info = 0;
 }

@@ -397,6 +397,23 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
     EXPECT_FALSE(engine.InspectVariable(15, "g", -1, v));
 }
 
+// Strings the script evaluates have lines of their own, which are not the
+// script's: a breakpoint on line 1 stops once, at the script's line 1.
+TEST_F(SlangTest, EvaluatedStringsDoNotStopAtTheScriptsLines)
+{
+    rc.Debug_Enabled = 1;
+    Break({1});
+    ASSERT_TRUE(engine.Start(Script({
+        "variable x = 0;",        // 1
+        "define f() { }",         // 2
+        "f();",                   // 3
+        "eval(\"x = 5;\");",       // 4
+        "x++;",                   // 5
+    })));
+    EXPECT_EQ(std::vector<int>({1}), Stops(&CSlangEngine::Continue));
+    EXPECT_EQ(0, engine.Result().nError) << engine.Result().strMessage;
+}
+
 // A structure whose eight fields all hold the structure itself, and a
 // string of a megabyte: one lookup reads a bounded amount and answers at
 // once; the tip's text is cut as always.
