@@ -19,25 +19,27 @@ struct ClipboardCloser
 
 } // namespace
 
-// The selected text, lines joined with CR LF.
-CString CVelmor::SelectedText() const
+// The selected text, lines joined with CR LF; only its first nMax
+// characters when a caller needs no more (a selection may hold the whole
+// document).
+CString CVelmor::SelectedText(int nMax) const
 {
     CPoint s = m_ptAnchor, e = m_ptCursor;
     if (e.y < s.y || (e.y == s.y && e.x < s.x))
         std::swap(s, e);
     const int n = (int)m_Text._GetSize();
     auto line = [&](int y) { return y >= 0 && y < n ? m_Text.LineRef(y) : CString(); };
-    CString text;
     if (s.y == e.y)
-        return line(s.y).Mid(s.x, e.x - s.x);
-    text = line(s.y).Mid(s.x);
+        return line(s.y).Mid(s.x, e.x - s.x).Left(nMax);
+    CString text = line(s.y).Mid(s.x, nMax);
     text += L"\r\n";
-    for (int y = s.y + 1; y < e.y; ++y) {
-        text += line(y);
+    for (int y = s.y + 1; y < e.y && text.GetLength() < nMax; ++y) {
+        text += line(y).Left(nMax - text.GetLength());
         text += L"\r\n";
     }
-    text += line(e.y).Left(e.x);
-    return text;
+    if (text.GetLength() < nMax)
+        text += line(e.y).Left(e.x);
+    return text.Left(nMax);
 }
 
 void CVelmor::DoCopy()

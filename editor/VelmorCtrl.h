@@ -14,6 +14,7 @@
 #include "../text/TextWalk.h"
 #include "UndoFrame.h"
 #include "../engine/EngineInspector.h"
+#include <climits>
 #include <stack>
 
 class CHTMLCtrl;
@@ -393,7 +394,7 @@ private:
     void BlockOf(int& nFirst, int& nLast, int& nFirstCol) const;
     void EndBlockShift(CPoint a, CPoint c, int nDelta);
     void AbandonAction();
-    CString SelectedText() const;
+    CString SelectedText(int nMax = INT_MAX) const;
     int FindFrom(int nStartLine, int nEndLine, const wchar_t* pszWhat, int& nPos, unsigned short wFlags,
                  bool bMayWrap);
     bool IsCommentAt(int nCol, int nLine);

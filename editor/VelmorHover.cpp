@@ -55,28 +55,6 @@ CString FromAnsi(const char* psz)
     return s;
 }
 
-// The first nMax characters of the text between two positions, lines
-// joined with CR LF, as the selection's text begins (without making all of
-// a selection that may hold the whole document).
-CString TextPrefix(const CScriptText& text, CPoint s, CPoint e, int nMax)
-{
-    if (e.y < s.y || (e.y == s.y && e.x < s.x))
-        std::swap(s, e);
-    const int n = (int)text._GetSize();
-    CString out;
-    for (int y = s.y; y <= e.y && out.GetLength() < nMax; ++y) {
-        if (y < 0 || y >= n)
-            continue;
-        const CString& line = text.LineRef(y);
-        const int from = y == s.y ? std::min(std::max((int)s.x, 0), line.GetLength()) : 0;
-        const int to = y == e.y ? std::min(std::max((int)e.x, from), line.GetLength()) : line.GetLength();
-        out += line.Mid(from, std::min(to - from, nMax - out.GetLength()));
-        if (y != e.y)
-            out += L"\r\n";
-    }
-    return out.Left(nMax);
-}
-
 // The parent's answer to the evaluation message: read through checked
 // reads, so a parent that answers something else than a text pointer
 // gives an empty value instead of a fault.
@@ -262,7 +240,7 @@ void CVelmor::HoverAt(int col, int nLine, CPoint point)
             return;
         // The parent evaluates the selection (its first 512 characters);
         // "1.000000" is shown as 1.
-        text = TextPrefix(m_Text, m_ptAnchor, m_ptCursor, 512);
+        text = SelectedText(512);
         memset(m_szValueBuf, 0, sizeof m_szValueBuf);
         EncodeUTF8(text, m_szValueBuf, sizeof m_szValueBuf);
         CWnd* pParent = GetParent();

@@ -1,27 +1,6 @@
 #include "RecordMemory.h"
 #include <cstring>
 
-// The engine's records are little-endian, as are both targets.
-bool CVelmorMemory::ReadU16(uint64_t addr, uint16_t& v) const
-{
-    return Read(addr, &v, sizeof v);
-}
-
-bool CVelmorMemory::ReadU32(uint64_t addr, uint32_t& v) const
-{
-    return Read(addr, &v, sizeof v);
-}
-
-bool CVelmorMemory::ReadF32(uint64_t addr, float& v) const
-{
-    return Read(addr, &v, sizeof v);
-}
-
-bool CVelmorMemory::ReadF64(uint64_t addr, double& v) const
-{
-    return Read(addr, &v, sizeof v);
-}
-
 bool CVelmorMemory::ReadText(uint64_t addr, size_t nMax, std::string& out, bool bTruncate) const
 {
     out.clear();

@@ -18,11 +18,13 @@ public:
     // Copies n bytes at addr into dst; false when any of them cannot be read.
     virtual bool Read(uint64_t addr, void* dst, size_t n) const = 0;
 
-    bool ReadU8(uint64_t addr, uint8_t& v) const { return Read(addr, &v, 1); }
-    bool ReadU16(uint64_t addr, uint16_t& v) const;
-    bool ReadU32(uint64_t addr, uint32_t& v) const;
-    bool ReadF32(uint64_t addr, float& v) const;
-    bool ReadF64(uint64_t addr, double& v) const;
+    // A little-endian value (the engine's records are, as both targets are).
+    template <typename T> bool ReadValue(uint64_t addr, T& v) const { return Read(addr, &v, sizeof v); }
+    bool ReadU8(uint64_t addr, uint8_t& v) const { return ReadValue(addr, v); }
+    bool ReadU16(uint64_t addr, uint16_t& v) const { return ReadValue(addr, v); }
+    bool ReadU32(uint64_t addr, uint32_t& v) const { return ReadValue(addr, v); }
+    bool ReadF32(uint64_t addr, float& v) const { return ReadValue(addr, v); }
+    bool ReadF64(uint64_t addr, double& v) const { return ReadValue(addr, v); }
 
     // The NUL-terminated 8-bit text at addr, at most nMax bytes before the
     // NUL. False when a byte cannot be read; when no NUL comes within nMax

@@ -49,31 +49,39 @@ void AppendStructLines(std::string& out, const CVelmorValue& v)
     }
 }
 
-// One field line of an intrinsic structure: "\t.name=value\n".
-bool IStructFieldLine(std::string& out, const std::string& name, const CVelmorValue& f)
+// "<prefix><value>\n" for a value stored in an array element or an
+// intrinsic structure's field, appended to out; false for a type those
+// lines do not show. (A char 0 ends the line's text, as it does in C.)
+bool AppendValueLine(std::string& out, const std::string& prefix, int type, const CVelmorValue& e)
 {
-    const char* n = name.c_str();
-    switch (f.nType) {
+    const char* p = prefix.c_str();
+    switch (type) {
     case VELMOR_T_INT: case VELMOR_T_UCHAR: case VELMOR_T_SHORT:
     case VELMOR_T_USHORT: case VELMOR_T_UINT: case VELMOR_T_LONG:
     case VELMOR_T_INTP: // the integer it points at
-        out += Printf("\t.%s=%d\n", n, AsInt32(f.nInt));
+        out += Printf("%s%d\n", p, AsInt32(e.nInt));
         return true;
     case VELMOR_T_DOUBLE: case VELMOR_T_FLOAT:
-        out += Printf("\t.%s=%f\n", n, f.dValue);
+        out += Printf("%s%f\n", p, e.dValue);
         return true;
     case VELMOR_T_CHAR:
-        out += Printf("\t.%s=%c\n", n, (int)(char)f.nInt);
+        out += Printf("%s%c\n", p, (int)(char)e.nInt);
         return true;
     case VELMOR_T_ULONG:
-        out += Printf("\t.%s=%u\n", n, AsUInt32(f.nInt));
+        out += Printf("%s%u\n", p, AsUInt32(e.nInt));
         return true;
     case VELMOR_T_STRING:
-        out += Printf("\t.%s=%s\n", n, f.str.c_str());
+        out += Printf("%s%s\n", p, e.str.c_str());
         return true;
     default:
         return false;
     }
+}
+
+// One field line of an intrinsic structure: "\t.name=value\n".
+void IStructFieldLine(std::string& out, const std::string& name, const CVelmorValue& f)
+{
+    AppendValueLine(out, "\t." + name + "=", f.nType, f);
 }
 
 bool FormatIStruct(std::string& out, const std::string& name, const CVelmorValue& v, const std::string& field)
@@ -124,33 +132,14 @@ bool FormatArrayElement(std::string& out, const std::string& name, const CVelmor
     const CVelmorValue* e = v.Element(index);
     if (!e)
         return false;
-    const char* n = name.c_str();
-    const int i = (int)index;
-    switch (v.nElemType) {
-    case VELMOR_T_INT: case VELMOR_T_UCHAR: case VELMOR_T_SHORT:
-    case VELMOR_T_USHORT: case VELMOR_T_UINT: case VELMOR_T_LONG:
-    case VELMOR_T_INTP: // the integer it points at
-        out = Printf("%s[%d]=%d\n", n, i, AsInt32(e->nInt));
-        return true;
-    case VELMOR_T_DOUBLE: case VELMOR_T_FLOAT:
-        out = Printf("%s[%d]=%f\n", n, i, e->dValue);
-        return true;
-    case VELMOR_T_CHAR:
-        out = Printf("%s[%d]=%c\n", n, i, (int)(char)e->nInt);
-        return true;
-    case VELMOR_T_ULONG:
-        out = Printf("%s[%d]=%u\n", n, i, AsUInt32(e->nInt));
-        return true;
-    case VELMOR_T_STRING:
-        out = Printf("%s[%d]=%s\n", n, i, e->str.c_str());
-        return true;
-    case VELMOR_T_STRUCT:
-        out = Printf("%s[%d]=\n", n, i);
+    const std::string prefix = Printf("%s[%d]=", name.c_str(), (int)index);
+    if (v.nElemType == VELMOR_T_STRUCT) {
+        out = prefix + "\n";
         AppendStructLines(out, *e);
         return true;
-    default:
-        return false;
     }
+    out.clear();
+    return AppendValueLine(out, prefix, v.nElemType, *e);
 }
 
 bool FormatObject(std::string& out, const std::string& name, const CVelmorValue& v, const std::string& field,
