@@ -99,46 +99,34 @@ void CVelmor::FindMatchBrace()
     };
     const int o = FirstOf(m_Text.LineRef(y), L'{'), c = FirstOf(m_Text.LineRef(y), L'}');
     const bool oOk = o >= 0 && !IsCommentAt(o, y), cOk = c >= 0 && !IsCommentAt(c, y);
-    if (o >= 0 && c >= 0 && c < o && oOk && cOk) {
+    // From line y in direction step, the brace `other` that closes the
+    // nesting `same` opens; past either end of the text, the last line, as
+    // it always has.
+    auto match = [&](int step, wchar_t same, wchar_t other) {
+        int depth = 1;
+        for (int line = y + step;; line += step) {
+            if (line < 0 || line >= n) {
+                GoToXY(0, n - 1);
+                return;
+            }
+            if (brace(line, same) >= 0)
+                ++depth;
+            const int at = brace(line, other);
+            if (at >= 0) {
+                if (depth == 1) {
+                    GoToXY(at, line);
+                    return;
+                }
+                --depth;
+            }
+        }
+    };
+    if (o >= 0 && c >= 0 && c < o && oOk && cOk)
         GoToXY(c, y);
-    } else if (o >= 0 && c < 0 && oOk) {
-        int depth = 1;
-        for (int line = y + 1;; ++line) {
-            if (line >= n) {
-                GoToXY(0, n - 1);
-                return;
-            }
-            if (brace(line, L'{') >= 0)
-                ++depth;
-            const int close = brace(line, L'}');
-            if (close >= 0) {
-                if (depth == 1) {
-                    GoToXY(close, line);
-                    return;
-                }
-                --depth;
-            }
-        }
-    } else if (c >= 0 && o < 0 && cOk) {
-        int depth = 1;
-        for (int line = y - 1;; --line) {
-            if (line < 0) {
-                // Above the first line: the last line, as it always has.
-                GoToXY(0, n - 1);
-                return;
-            }
-            if (brace(line, L'}') >= 0)
-                ++depth;
-            const int open = brace(line, L'{');
-            if (open >= 0) {
-                if (depth == 1) {
-                    GoToXY(open, line);
-                    return;
-                }
-                --depth;
-            }
-        }
-    }
+    else if (o >= 0 && c < 0 && oOk)
+        match(1, L'{', L'}');
+    else if (c >= 0 && o < 0 && cOk)
+        match(-1, L'}', L'{');
 }
 
 void CVelmor::CommentOutSelect()
