@@ -293,7 +293,6 @@ protected:
     afx_msg void OnUpdateUndo(CCmdUI* pCmdUI);
     afx_msg void OnUpdateRedo(CCmdUI* pCmdUI);
     afx_msg LRESULT OnDrawBars(WPARAM wParam, LPARAM lParam);
-    afx_msg LRESULT OnMouseLeave(WPARAM wParam, LPARAM lParam);
     afx_msg void OnKeyDown(UINT nChar, UINT nRepCnt, UINT nFlags);
     afx_msg void OnChar(UINT nChar, UINT nRepCnt, UINT nFlags);
     afx_msg UINT OnGetDlgCode();
@@ -408,7 +407,7 @@ private:
     void HoverAt(int col, int nLine, CPoint point);
     int LookupHoverValue(int nLine);
     bool CreateValueTip();
-    void ShowValueTip(const CString& text, CPoint point);
+    void ShowValueTip(const CString& text, CPoint point, bool bAddTool);
     void HideValueTip();
     void RefreshValueTip();
     TOOLINFOW ValueTipInfo() const;

@@ -170,12 +170,14 @@ void CVelmor::BlockOf(int& nFirst, int& nLast, int& nFirstCol) const
 }
 
 // Ends a block indent or unindent: the selection (a anchor, c caret, as
-// they stood before) comes back shifted by nDelta columns, not past column
-// 0, its ends exchanged when the caret stood above the anchor; then the
-// picture, frozen meanwhile, is repainted.
+// they stood before) comes back shifted by nDelta columns, its ends
+// exchanged when the caret stood above the anchor; then the picture, frozen
+// meanwhile, is repainted. An unindent shifts by the count it removed
+// without a floor, so ends that stood at column 0 come back left of it
+// (the next caret movement or click clamps them).
 void CVelmor::EndBlockShift(CPoint a, CPoint c, int nDelta)
 {
-    auto shifted = [nDelta](LONG x) { return std::max((int)x + nDelta, 0); };
+    auto shifted = [nDelta](LONG x) { return (int)x + nDelta; };
     if (c.y < a.y) {
         _SetAnchorPos(shifted(c.x), c.y);
         _SetCursorPos(shifted(a.x), a.y);

@@ -123,7 +123,7 @@ CString CVelmor::GetVariable(int x, int y)
 {
     CString result;
     if (y < 0 || y >= (int)m_Text._GetSize())
-        return result;
+        AfxThrowInvalidArgException();
     m_nHoverLine = y;
     const CString& line = m_Text.LineRef(y);
     if (line.IsEmpty()) {
@@ -159,11 +159,11 @@ CString CVelmor::GetVariable(int x, int y)
     return word;
 }
 
+// Only the flag: a tip still up stays until the mouse moves to another
+// word (the hover path no longer runs) or its timer finds it hidden.
 void CVelmor::SetRunning(bool bRunning)
 {
     m_bRunning = bRunning;
-    if (!bRunning)
-        HideValueTip();
 }
 
 void CVelmor::HideValueTip()
@@ -200,11 +200,13 @@ bool CVelmor::CreateValueTip()
 
 // Shows text in the tip beside the mouse. The tool is a tracking one, so
 // the tip appears at once where the value was asked for and stays until
-// the mouse moves to another word or leaves the control.
-void CVelmor::ShowValueTip(const CString& text, CPoint point)
+// the mouse moves to another word. bAddTool: the tool is added first when
+// the tip has none yet (a selection's value only sets the text of a tool
+// that a word's value made).
+void CVelmor::ShowValueTip(const CString& text, CPoint point, bool bAddTool)
 {
     TOOLINFOW ti = ValueTipInfo();
-    if (!m_wndValueTip.SendMessage(TTM_GETTOOLCOUNT, 0, 0)) {
+    if (bAddTool && !m_wndValueTip.SendMessage(TTM_GETTOOLCOUNT, 0, 0)) {
         ti.uFlags = TTF_TRACK | TTF_ABSOLUTE;
         GetClientRect(&ti.rect);
         ti.lpszText = const_cast<wchar_t*>(text.GetString());
@@ -220,20 +222,14 @@ void CVelmor::ShowValueTip(const CString& text, CPoint point)
     m_wndValueTip.Activate(TRUE);
     m_wndValueTip.SendMessage(TTM_TRACKACTIVATE, TRUE, (LPARAM)&ti);
     m_wndValueTip.Update();
-    // The mouse leaving the control hides the tip.
-    TRACKMOUSEEVENT tme = {sizeof tme, TME_LEAVE, m_hWnd, 0};
-    ::TrackMouseEvent(&tme);
 }
 
 void CVelmor::HoverAt(int col, int nLine, CPoint point)
 {
-    // Over the margin, or below the last line, the mouse rests on no word
-    // (the position is clamped to the nearest text there).
-    const long long nBelow = (long long)m_nFirstLine + point.y / std::max(m_nLineHeight, 1);
-    if (point.x < m_nLeftMargin || point.y < 0 || nBelow >= (long long)m_Text._GetSize()) {
-        HideValueTip();
-        return;
-    }
+    // The position is the one clamped to the text: over the margin it is a
+    // line's first column, below the last line a column of the last line.
+    if (nLine < 0 || nLine >= (int)m_Text._GetSize())
+        return; // no text at all
     CString text;
     if (InSelection(col, nLine) && m_ptCursor != m_ptAnchor) {
         if (m_nBreakLine < 0)
@@ -248,8 +244,9 @@ void CVelmor::HoverAt(int col, int nLine, CPoint point)
         const int at = value.Find(L".000000");
         if (at > 0 && at == value.GetLength() - 7)
             value = value.Left(at);
-        if (CreateValueTip())
-            ShowValueTip(value, point);
+        // Only a tip that exists shows it: the selection does not make one.
+        if (m_wndValueTip.m_hWnd)
+            ShowValueTip(value, point, false);
         return;
     }
     text = GetVariable(col, nLine);
@@ -260,7 +257,7 @@ void CVelmor::HoverAt(int col, int nLine, CPoint point)
         return;
     }
     const bool bWasVisible = m_wndValueTip.IsWindowVisible() != FALSE;
-    ShowValueTip(text, point);
+    ShowValueTip(text, point, true);
     if (bWasVisible)
         return;
     RefreshValueTip();
@@ -282,8 +279,3 @@ void CVelmor::RefreshValueTip()
     m_wndValueTip.Update();
 }
 
-LRESULT CVelmor::OnMouseLeave(WPARAM, LPARAM)
-{
-    HideValueTip();
-    return 0;
-}

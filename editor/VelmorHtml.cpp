@@ -17,12 +17,9 @@ void CVelmor::CreatHTMLWnd(wchar_t* url)
         }
         return;
     }
-    if (!url)
+    // A view object without a window is left as it is.
+    if (!url || m_pHtmlView)
         return;
-    // A view whose window went with an earlier window of the control is
-    // replaced.
-    delete m_pHtmlView;
-    m_pHtmlView = nullptr;
     CHTMLCtrl* pView = new CHTMLCtrl;
     if (!pView->CreateFromStatic(kHtmlViewId, this)) {
         delete pView;

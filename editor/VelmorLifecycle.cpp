@@ -48,7 +48,6 @@ BEGIN_MESSAGE_MAP(CVelmor, CWnd)
     ON_WM_SETFOCUS()
     ON_WM_TIMER()
     ON_MESSAGE(WM_VELMOR_DRAWBARS, &CVelmor::OnDrawBars)
-    ON_MESSAGE(WM_MOUSELEAVE, &CVelmor::OnMouseLeave)
 END_MESSAGE_MAP()
 
 void CVelmor::InitMembers(COLORREF crBackground)

@@ -19,12 +19,12 @@ TextWidths CVelmor::Widths() const
 }
 
 // The line under a client y: first visible line plus whole lines down,
-// at most the last line.
+// at most the last line. The division truncates toward zero, so the first
+// line height above the window still counts as the first visible line.
 int CVelmor::LineAt(int y) const
 {
     const int h = std::max(m_nLineHeight, 1);
-    // Floor division: a pointer above the window lies above the first line.
-    const int rows = y >= 0 ? y / h : -((-y + h - 1) / h);
+    const int rows = y / h;
     const long long line = (long long)rows + m_nFirstLine;
     const int n = (int)m_Text._GetSize();
     return (int)std::min<long long>(line, n - 1);
@@ -66,6 +66,8 @@ void CVelmor::OnMouseMove(UINT nFlags, CPoint point)
     if (!m_bMouseDown && !m_bRunning)
         return;
     const int n = (int)m_Text._GetSize();
+    if (n == 0)
+        return;
     const int nLine = std::max(0, std::min(LineAt(point.y), n - 1));
     // Measured on the caret's line, then fitted to the line under the pointer.
     const int caretLine = std::max(0, std::min((int)m_ptCursor.y, n - 1));

@@ -24,21 +24,16 @@ void CVelmor::ApplyScrollSizes()
     }
     if (!m_hWnd)
         return;
-    // Setting scroll information on a window created without scroll bars
-    // would add them; a compact control has none, and paints no frame to
-    // draw them in.
-    const DWORD dwStyle = GetStyle();
-    if (!(dwStyle & (WS_VSCROLL | WS_HSCROLL)))
-        return;
+    // Both bars are always set. A compact control is created without them;
+    // the system adds a bar to it once its text does not fit (and the wheel
+    // then scrolls it, as the bar gives it the WS_VSCROLL style).
     const int nLines = (int)m_Text._GetSize();
     const int nVisible = VisibleLines(false);
     const int nMaxLen = (int)m_Text.m_nMaxLineLen;
     const int nCols = VisibleColumns();
 
-    if (dwStyle & WS_VSCROLL)
-        SetScrollBarIfChanged(SB_VERT, nLines > nVisible ? nLines - 1 : 0, std::max(nVisible, 0), m_nFirstLine);
-    if (dwStyle & WS_HSCROLL)
-        SetScrollBarIfChanged(SB_HORZ, nMaxLen > nCols ? nMaxLen - 1 : 0, std::max(nCols, 0), m_nFirstCol);
+    SetScrollBarIfChanged(SB_VERT, nLines > nVisible ? nLines - 1 : 0, std::max(nVisible, 0), m_nFirstLine);
+    SetScrollBarIfChanged(SB_HORZ, nMaxLen > nCols ? nMaxLen - 1 : 0, std::max(nCols, 0), m_nFirstCol);
 }
 
 // Sets one bar's range, page and position when any of them differs from what
@@ -64,7 +59,11 @@ void CVelmor::SetScrollBarIfChanged(int nBar, int nMax, int nPage, int nPos)
     si.nMax = nMax;
     si.nPage = (UINT)nPage;
     si.nPos = nPos;
-    ::SetScrollInfo(m_hWnd, nBar, &si, FALSE);
+    // A compact control paints no frame, so the system draws its bars as
+    // it sets them; otherwise the frame's next paint draws them.
+    ::SetScrollInfo(m_hWnd, nBar, &si, m_bNoFrame);
+    if (m_bNoFrame)
+        return;
 
     // Drawn once the messages queued now have been handled: a run of
     // scroll messages or edits draws the bar once, after the last.

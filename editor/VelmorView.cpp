@@ -163,8 +163,8 @@ void CVelmor::OnSetFocus(CWnd* pOldWnd)
 
 void CVelmor::OnKillFocus(CWnd* pNewWnd)
 {
-    // Losing the focus ends a drag: later moves without the button select nothing.
-    m_bMouseDown = false;
+    // The capture goes, the button-down state stays: a move that arrives
+    // later still drags the selection until the button comes up.
     if (::GetCapture() == m_hWnd)
         ::ReleaseCapture();
     if (m_bCaretCreated) {

@@ -64,7 +64,7 @@ int FindUpper(const CString& line, const wchar_t* what, int nFrom)
 
 int AFXAPI SearchLine(const CString& line, const wchar_t* what, int nPos, unsigned short flags)
 {
-    if (!what || !*what)
+    if (!what)
         return -1;
     // Ignoring case, the line is compared in upper case. Forwards that is
     // done on the fly; backwards on a copy that reuses one buffer per
@@ -80,7 +80,7 @@ int AFXAPI SearchLine(const CString& line, const wchar_t* what, int nPos, unsign
     int col;
     if (bBack)
         col = ReverseFind(text.GetString(), what, nPos);
-    else if (bUpper)
+    else if (bUpper && *what)
         col = FindUpper(line, what, nPos);
     else
         col = line.Find(what, nPos);

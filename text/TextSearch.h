@@ -17,7 +17,8 @@ AFX_EXT_API int AFXAPI ReverseFind(const wchar_t* str, const wchar_t* what, int 
 // One line of a search: the line is compared in upper case unless
 // VELMOR_FIND_MATCHCASE is set (what is used as given); forwards, the first
 // occurrence at or after nPos; backwards, the last that starts before nPos
-// (the whole line when nPos is 0). With VELMOR_FIND_WHOLEWORD an occurrence
+// (the whole line when nPos is 0). An empty what is found forwards at nPos
+// itself (while nPos is within the line), never backwards. With VELMOR_FIND_WHOLEWORD an occurrence
 // not at column 0 must have no word character on either side; when it has,
 // the line gives nothing (its rest is not searched). The column, or -1.
 AFX_EXT_API int AFXAPI SearchLine(const CString& line, const wchar_t* what, int nPos, unsigned short flags);

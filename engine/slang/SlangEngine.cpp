@@ -247,9 +247,6 @@ void CSlangEngine::RunJob(const Job& job)
     else
         st.lines.Scan(job.strScript);
     st.bHookOn = true; // each run installs it
-    // A run is a new entry of the interpreter: its first stop is never
-    // suppressed by the last stop of the previous run.
-    m_rc.Last_Stop_Line = -1;
 
     int rc = -1;
     const int depth0 = SLstack_depth();
@@ -261,9 +258,11 @@ void CSlangEngine::RunJob(const Job& job)
             SLang_push_anytype(st.entries[job.nEntry]) != -1 && SLang_end_arg_list() != -1)
             rc = SLexecute_function(call);
     } else if (SLang_Name_Type* run = SLang_get_function((char*)"__velmor_run")) {
-        // Debug_Enabled 0 at the start: compiled without the statement hook.
+        // Always compiled with the statement hook: Debug_Enabled is read at
+        // every statement, so turning it on during a run takes effect at
+        // once.
         g_pRunScript = &job.strScript;
-        if (SLang_start_arg_list() != -1 && SLang_push_int(m_rc.Debug_Enabled != 0 ? 3 : 0) != -1 &&
+        if (SLang_start_arg_list() != -1 && SLang_push_int(3) != -1 &&
             SLang_end_arg_list() != -1)
             rc = SLexecute_function(run);
         g_pRunScript = nullptr;

@@ -4,7 +4,7 @@
 // tip (EngineInspector.h) answered from the live interpreter.
 //
 // Run control sits on S-Lang's own hooks: a script is compiled with
-// _boseos_info = 3 (when Debug_Enabled is nonzero as its run starts) and a
+// _boseos_info = 3 (always, so that debugging can be turned on mid-run) and a
 // C intrinsic is the statement handler (_set_bos_handler: file and line
 // before each statement); S-Lang's C hooks SLang_Enter_Function and
 // SLang_Exit_Function surround every call of a script function, and
@@ -17,8 +17,9 @@
 //
 // S-Lang's call of the statement handler costs several times a simple
 // statement, so the hook is turned off inside a function that has run a
-// while (64 statements) when none of its lines (read from the script's text)
-// holds a breakpoint and it is not being stepped, and turned on again as soon
+// while (64 statements) when no stop is possible in it (debugging off, or
+// none of its lines, read from the script's text, holds a breakpoint and it
+// is not being stepped), and turned on again as soon
 // as a stop becomes possible: on a call or a return, and at every entry of a
 // block (each pass of a loop), where the controller's changes to the
 // run-control state are seen. While it is off, Stop_Line is not reset at
@@ -59,8 +60,10 @@ struct CSlangRunControl
 {
     static const int kMaxBreakLines = 100;
     // 1: statements are checked for stops. 2: no stops until the current
-    // call returns, then 1 again. Read also when a run starts: a script
-    // started with 0 is compiled without the statement hook and never stops.
+    // call returns, then 1 again. 0: no stops. Every script is compiled
+    // with the statement hook, so a running script sees a change at its
+    // next statement (inside a function whose hook is off, at its next
+    // block entry, call or return).
     std::atomic<unsigned char> Debug_Enabled{0};
     // 0: run to breakpoints; 1: stop at every new line; 2: inside a call
     // being stepped over (set by the engine).
@@ -76,7 +79,7 @@ struct CSlangRunControl
     // Breakpoint lines, ended by -1 (up to 100 are read).
     std::atomic<int> Break_Lines[kMaxBreakLines] = {};
 
-    // Fills Break_Lines with up to 99 lines and the ending -1.
+    // Fills Break_Lines with up to 100 lines, ended by -1 when fewer.
     void SetBreakLines(const int* pLines, int nCount);
 };
 

@@ -26,11 +26,13 @@ void CSlangRunControl::SetBreakLines(const int* pLines, int nCount)
     // A running script reads the list as it is written: the list is first
     // ended at its start, filled behind that end, and then given its real
     // end and its first line, so that no moment shows lines of the old list.
-    const int n = std::max(0, std::min(nCount, kMaxBreakLines - 1));
+    // A full list of 100 lines has no end mark: the reader stops after 100.
+    const int n = std::max(0, std::min(nCount, kMaxBreakLines));
     Break_Lines[0] = -1;
     for (int i = 1; i < n; ++i)
         Break_Lines[i] = pLines[i];
-    Break_Lines[n] = -1;
+    if (n < kMaxBreakLines)
+        Break_Lines[n] = -1;
     if (n > 0)
         Break_Lines[0] = pLines[0];
 }

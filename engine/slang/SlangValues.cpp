@@ -70,8 +70,9 @@ private define velmor_function_frame (top, fn)
    return 0;
 }
 
-% 1 and the value, 2 for a variable without a value, 0 when not found:
-% a local of fn's frame, else a variable visible from the running function.
+% 1 and the value, 2 for a name without a value (a variable not yet set,
+% or a function: found, shown bare), 0 when not found: a local of fn's
+% frame, else a name visible from the running function.
 define __velmor_find (name, fn)
 {
    variable top = _get_frame_depth () - 1;
@@ -88,8 +89,10 @@ define __velmor_find (name, fn)
           }
      }
    variable r = velmor_ref_in_frame (top, name);
-   if ((r == NULL) || __is_callable (r))
+   if (r == NULL)
      return 0;
+   if (__is_callable (r))
+     return 2;
    if (0 == __is_initialized (r))
      return 2;
    return @r, 1;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <slang.h>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -127,6 +128,49 @@ TEST_F(SlangTest, NoStopsWithoutDebugOrAfterTheListEnds)
     ASSERT_TRUE(engine.Start(kAddLoop));
     EXPECT_EQ(std::vector<int>({9, 9}), Stops(&CSlangEngine::Continue));
     EXPECT_EQ(1, rc.Debug_Enabled.load());
+}
+
+// The state the host writes: a full list of 100 lines, debugging turned on
+// while the script runs, and the last stop remembered across runs.
+TEST_F(SlangTest, RunControlStateAsTheHostWritesIt)
+{
+    rc.Debug_Enabled = 1;
+    std::vector<int> full(100);
+    for (int i = 0; i < 99; ++i)
+        full[i] = 1000 + i;
+    full[99] = 10; // the hundredth entry still counts
+    rc.SetBreakLines(full.data(), 100);
+    EXPECT_EQ(10, rc.Break_Lines[99].load());
+    ASSERT_TRUE(engine.Start(kAddLoop));
+    EXPECT_EQ(std::vector<int>({10}), Stops(&CSlangEngine::Continue));
+    // A stop is remembered across runs until a call returns: a script
+    // without calls run again passes its breakpoint without stopping.
+    Break({2});
+    const char* flat = "variable a = 1;\na++;\n";
+    ASSERT_TRUE(engine.Start(flat));
+    EXPECT_EQ(std::vector<int>({2}), Stops(&CSlangEngine::Continue));
+    ASSERT_TRUE(engine.Start(flat));
+    EXPECT_TRUE(Stops(&CSlangEngine::Continue).empty());
+    EXPECT_EQ(2, rc.Last_Stop_Line.load());
+
+    // Started with debugging off, the script stops once it is turned on.
+    rc.Debug_Enabled = 0;
+    rc.Last_Stop_Line = -1;
+    Break({3});
+    const std::string spin = Script({
+        "variable n = 0, t0 = _time ();",   // 1
+        "while (_time () < t0 + 10)",       // 2
+        "{ n++; }",                         // 3
+        "n = -1;",                          // 4
+    });
+    ASSERT_TRUE(engine.Start(spin));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(-1, engine.WaitStopped(0));
+    rc.Debug_Enabled = 1;
+    ASSERT_EQ(3, engine.WaitStopped(kWaitMs));
+    EXPECT_NE("n=-1", Tip(engine, "n"));
+    engine.Abort();
+    EXPECT_TRUE(engine.WaitFinished(kWaitMs));
 }
 
 TEST_F(SlangTest, OneLineStopsOnceUnlessACallReturnsBetweenItsStatements)
@@ -364,7 +408,7 @@ TEST_F(SlangTest, ValuesOfEveryKindReadAtAStop)
         {"box.name", "box.name=\"b\""}, {"box.v", "box.v[0]=5\n"},
         {"ps[1]", "ps[1]=\n\tx=5\n\ty=6\n"},
         {"g", "g=10"}, {"st", "st=11"}, {"pv", "pv=12"},
-        {"nosuch", "<not found>"}, {"show", "<not found>"}, {"a b", "<not found>"},
+        {"nosuch", "<not found>"}, {"show", "show"}, {"a b", "<not found>"}, // a function: found, bare
     };
     for (auto& c : cases)
         EXPECT_EQ(c.second, Tip(engine, c.first)) << c.first;
@@ -630,6 +674,9 @@ TEST_F(SlangTest, AThousandRunStopResumeCycles)
     Break({2});
     const std::string script = "variable s = struct { n = 0, t = \"x\" };\ns.n = 41;\ns.n++;\n";
     for (int i = 0; i < 1000; ++i) {
+        // No call returns after the stop, so the host forgets it before the
+        // next run, or line 2 would not stop again.
+        rc.Last_Stop_Line = -1;
         ASSERT_TRUE(engine.Start(script));
         ASSERT_EQ(2, engine.WaitStopped(kWaitMs)) << "cycle " << i;
         ASSERT_EQ("s.n=0", Tip(engine, "s.n"));

@@ -25,7 +25,13 @@ TEST(TextSearch, SearchLineCaseAndWholeWords)
     EXPECT_EQ(0, SearchLine(CString(L"ab_c"), L"AB", 0, VELMOR_FIND_WHOLEWORD)); // column 0: no test
     EXPECT_EQ(15, SearchLine(line, L"TOTAL", 0, VELMOR_FIND_BACKWARDS));
     EXPECT_EQ(9, SearchLine(line, L"TOTAL", 15, VELMOR_FIND_BACKWARDS));
-    EXPECT_EQ(-1, SearchLine(line, L"", 0, 0));
+    // An empty string is found where the search starts, forwards only.
+    EXPECT_EQ(0, SearchLine(line, L"", 0, 0));
+    EXPECT_EQ(20, SearchLine(line, L"", 20, VELMOR_FIND_MATCHCASE));
+    EXPECT_EQ(-1, SearchLine(line, L"", 21, 0));
+    EXPECT_EQ(-1, SearchLine(line, L"", 9, VELMOR_FIND_WHOLEWORD)); // a word starts there
+    EXPECT_EQ(2, SearchLine(CString(L"a + b"), L"", 2, VELMOR_FIND_WHOLEWORD));
+    EXPECT_EQ(-1, SearchLine(line, L"", 5, VELMOR_FIND_BACKWARDS));
     EXPECT_EQ(-1, SearchLine(line, L"TOTAL", 99, 0));
 }
 

@@ -357,6 +357,22 @@ TEST(VelmorHtmlView, AHostsDerivedViewGivenToTheControlGetsItsCommandsAndIsDelet
     }
     EXPECT_TRUE(destroyed);
     EXPECT_EQ(0, CHtmlView::GetSiteObjectCount());
+
+    // A view object the host gave without a window is left alone: not
+    // replaced, not created, deleted with the control.
+    destroyed = false;
+    {
+        TestEditor<> ed(L"x = 1;\n", CRect(0, 0, 400, 300), 300);
+        auto* view = new RecordingCtrl;
+        view->destroyed = &destroyed;
+        ed->m_pHtmlView = view;
+        ed->CreatHTMLWnd(const_cast<wchar_t*>(L"about:blank"));
+        PumpMessages();
+        EXPECT_EQ(view, ed->m_pHtmlView);
+        EXPECT_EQ(nullptr, view->m_hWnd);
+        EXPECT_EQ(nullptr, ::GetDlgItem(ed.hwnd(), 99));
+    }
+    EXPECT_TRUE(destroyed);
 }
 
 } // namespace

@@ -259,12 +259,30 @@ TEST(Keys, BlockIndentAndUnindent)
     e->DoUndo();
     EXPECT_EQ(CString(L"  one\ntwo\nthree\n\n"), e.Text());
 
+    // The caret above the anchor: the ends change places.
+    e->LoadText(L"ab\ncd\n");
+    e->SetSelection(1, 1, 1, 0);
+    e->IncreaseIndent();
+    EXPECT_EQ(CString(L"a   b\n   cd\n\n"), e.Text()); // the first line at the caret's column
+    EXPECT_EQ(CPoint(4, 0), e->GetAnchorPos());
+    EXPECT_EQ(CPoint(4, 1), e->GetCursorPos());
+
+    // Unindent: the count carries from line to line, and the selection
+    // comes back shifted by it with no floor at column 0.
     e->LoadText(L"    a\n  bcde\n      f\n");
     e->SetSelection(0, 0, 1, 2);
     e->DecreaseIndent();
     EXPECT_EQ(CString(L"a\nde\n  f\n\n"), e.Text());
+    EXPECT_EQ(CPoint(-4, 0), e->m_ptAnchor);
+    EXPECT_EQ(CPoint(-3, 2), e->m_ptCursor);
     e->DoUndo();
     EXPECT_EQ(CString(L"    a\n  bcde\n      f\n\n"), e.Text());
+    e->LoadText(L"    a\n    b\n");
+    e->SetSelection(5, 1, 2, 0); // caret above the anchor
+    e->DecreaseIndent();
+    EXPECT_EQ(CString(L"a\nb\n\n"), e.Text());
+    EXPECT_EQ(CPoint(-2, 0), e->m_ptAnchor);
+    EXPECT_EQ(CPoint(1, 1), e->m_ptCursor);
 }
 
 // Ctrl+A through the accelerator table is Redo; with accelerators off the
@@ -467,4 +485,113 @@ TEST(Keys, RandomEditingUndoesExactly)
             }
         }
     }
+}
+
+// Compact mode: KeyDown sees each key before the accelerators. Ctrl+A and
+// Ctrl+C are consumed; Ctrl+V and Ctrl+Z act in KeyDown and again through
+// the table (paste twice, two undo steps); Enter is consumed, so the line
+// splits once.
+TEST(Keys, CompactModeKeyPath)
+{
+    Ed e(L"abc\n", 1);
+    // What KeyDown returns, called as a host may call it.
+    e->SetSelection(1, 0, 1, 0);
+    EXPECT_EQ(1, e->KeyDown(VK_LEFT, 0, 0));
+    EXPECT_EQ(CPoint(0, 0), e->GetCursorPos());
+    EXPECT_EQ(0, e->KeyDown(VK_F5, 0, 0));
+    EXPECT_EQ(0, e->KeyDown('A', 0, 0)); // a letter without Ctrl
+    Ed::Modifiers(true, false);
+    EXPECT_EQ(1, e->KeyDown('A', 0, 0));
+    EXPECT_EQ(CPoint(0, 0), e->GetAnchorPos());
+    EXPECT_EQ(CPoint(0, 1), e->GetCursorPos());
+    SetClipboardText(e.hwnd(), L"old", 3);
+    EXPECT_EQ(1, e->KeyDown('C', 0, 0));
+    EXPECT_EQ(std::wstring(L"abc\r\n"), ClipboardText(e.hwnd()));
+    EXPECT_EQ(0, e->KeyDown('Y', 0, 0));
+    Ed::Modifiers(false, false);
+    e.Loop();
+
+    // Through the host's message loop.
+    e->SetSelection(0, 0, 0, 0);
+    SetClipboardText(e.hwnd(), L"xy", 2);
+    e.Key('V', true);
+    EXPECT_EQ(CString(L"xyxyabc\n\n"), e.Text());
+    e.Key('Z', true);
+    EXPECT_EQ(CString(L"abc\n\n"), e.Text());
+    e.Key('A', true); // Select All, not Redo
+    EXPECT_EQ(CString(L"abc\n\n"), e.Text());
+    EXPECT_EQ(CPoint(0, 0), e->GetAnchorPos());
+    EXPECT_EQ(CPoint(0, 1), e->GetCursorPos());
+    e->SetSelection(1, 0, 1, 0);
+    e.Key(VK_RETURN);
+    EXPECT_EQ(CString(L"a\nbc\n\n"), e.Text());
+}
+
+// The key notification (0x0B00) is posted for every key-down but Ctrl+A
+// and Ctrl+C; KeyDown posts one more for Enter below the first screenful.
+TEST(Keys, TheKeyNotification)
+{
+    Ed e(Numbered(80).c_str());
+    e->UseKeyboardAccelerators(false); // every key through OnKeyDown
+    auto posted = [&](UINT vk, bool ctrl) {
+        const size_t before = e.host.keyNotifications.size();
+        e.Key(vk, ctrl);
+        return e.host.keyNotifications.size() - before;
+    };
+    EXPECT_EQ(0u, posted('A', true));
+    EXPECT_EQ(0u, posted('C', true));
+    EXPECT_EQ(1u, posted('V', true));
+    EXPECT_EQ(1u, posted(VK_F7, false));
+    EXPECT_EQ(1u, posted(VK_DOWN, false));
+    ASSERT_FALSE(e.host.keyNotifications.empty());
+    EXPECT_EQ((UINT)kId, e.host.keyNotifications.back().id);
+
+    auto viaKeyDown = [&](int line) {
+        e->SetSelection(0, line, 0, line);
+        const size_t before = e.host.keyNotifications.size();
+        e->KeyDown(VK_RETURN, 0, 0);
+        e.Loop();
+        return e.host.keyNotifications.size() - before;
+    };
+    const int visible = e->VisibleLines(false);
+    EXPECT_EQ(1u, viaKeyDown(visible));
+    EXPECT_EQ(2u, viaKeyDown(visible + 1));
+}
+
+// Ctrl+Right at the end of a line goes to the next line's start, at the end
+// of the last line stays there; Ctrl+Left at column 0 goes to the end of
+// the line above, on line 0 stays.
+TEST(Keys, WordMovesAtTheEndsOfLines)
+{
+    Ed e(L"ab.cd\nxy\n");
+    e->SetSelection(5, 0, 5, 0);
+    e.Key(VK_RIGHT, true);
+    EXPECT_EQ(CPoint(0, 1), e->GetCursorPos());
+    e->SetSelection(0, 2, 0, 2);
+    e.Key(VK_RIGHT, true);
+    EXPECT_EQ(CPoint(0, 2), e->GetCursorPos());
+    e->SetSelection(0, 1, 0, 1);
+    e.Key(VK_LEFT, true);
+    EXPECT_EQ(CPoint(5, 0), e->GetCursorPos());
+    e->SetSelection(0, 0, 0, 0);
+    e.Key(VK_LEFT, true);
+    EXPECT_EQ(CPoint(0, 0), e->GetCursorPos());
+    e->SetSelection(5, 0, 5, 0);
+    e.Key(VK_LEFT, true);
+    EXPECT_EQ(CPoint(3, 0), e->GetCursorPos());
+    e.Key(VK_LEFT, true);
+    EXPECT_EQ(CPoint(2, 0), e->GetCursorPos()); // the '.'
+}
+
+// Copy with nothing selected leaves the clipboard's content as it was, and
+// the clipboard open for the control's window.
+TEST(Clipboard, CopyOfNothing)
+{
+    Ed e(L"abc\n");
+    SetClipboardText(e.hwnd(), L"kept", 4);
+    e->SetSelection(1, 0, 1, 0);
+    e.Key('C', true);
+    EXPECT_EQ(e.hwnd(), ::GetOpenClipboardWindow());
+    ::CloseClipboard();
+    EXPECT_EQ(std::wstring(L"kept"), ClipboardText(e.hwnd()));
 }

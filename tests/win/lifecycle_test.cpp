@@ -428,13 +428,24 @@ TEST(Lifecycle, FocusIsNotifiedAndOwnsTheCaret)
     EXPECT_FALSE(c.m_bCaretCreated); // the caret went with the focus
 }
 
-TEST(Lifecycle, CompactControlNeverGrowsScrollBars)
+// A compact control is created without scroll bars; the system gives it
+// one once its text does not fit, and the wheel then scrolls it.
+TEST(Lifecycle, CompactControlGetsScrollBarsWhenTheTextDoesNotFit)
 {
     Editor e(1);
     CVelmor& c = *e.ctl;
-    for (int i = 0; i < 100; ++i)
-        c.InsertTextLine(L"a line much longer than the control is wide, to need a horizontal bar", 0, true, false);
+    c.InsertTextLine(L"short", 0, true, false);
     EXPECT_EQ(0u, c.GetStyle() & (WS_VSCROLL | WS_HSCROLL));
+    for (int i = 0; i < 100; ++i)
+        c.InsertTextLine(CString(L'x', 120), 0, true, false); // wider than the control
+    EXPECT_EQ((DWORD)(WS_VSCROLL | WS_HSCROLL), c.GetStyle() & (WS_VSCROLL | WS_HSCROLL));
+    SCROLLINFO si = {sizeof si, SIF_RANGE | SIF_PAGE};
+    ASSERT_TRUE(::GetScrollInfo(c.m_hWnd, SB_VERT, &si));
+    EXPECT_EQ(c.GetLineCount() - 1, si.nMax);
+    EXPECT_EQ((UINT)c.VisibleLines(false), si.nPage);
+    ::SendMessageW(c.m_hWnd, WM_MOUSEWHEEL, MAKEWPARAM(0, (WORD)(short)-120), MAKELPARAM(10, 10));
+    EXPECT_EQ(5, c.m_nFirstLine);
+    EXPECT_EQ(5, ::GetScrollPos(c.m_hWnd, SB_VERT));
     Editor framed;
     framed.ctl->InsertTextLine(L"x", 0, true, false);
     EXPECT_EQ((DWORD)(WS_VSCROLL | WS_HSCROLL), framed.ctl->GetStyle() & (WS_VSCROLL | WS_HSCROLL));

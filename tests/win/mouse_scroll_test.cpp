@@ -120,6 +120,37 @@ TEST(Mouse, DragSelectsAcrossLines)
     EXPECT_TRUE(e->IsSelected(3, 1));
 }
 
+// Above the window a line is counted with truncating division: the first
+// line height above the top is still the first visible line. Losing the
+// focus mid-drag releases the capture but not the button: later moves
+// still drag, until the button comes up.
+TEST(Mouse, DragAboveTheViewAndAcrossAFocusChange)
+{
+    Ed e(Numbered(60));
+    e.VScroll(SB_THUMBPOSITION, 10);
+    ASSERT_EQ(10, e->m_nFirstLine);
+    e.Send(WM_LBUTTONDOWN, MK_LBUTTON, e.X(1), e.Y(12));
+    ASSERT_EQ(CPoint(1, 22), e->GetCursorPos());
+    e.Send(WM_MOUSEMOVE, MK_LBUTTON, e.X(2), -1);
+    EXPECT_EQ(CPoint(2, 10), e->GetCursorPos());
+    e.Send(WM_MOUSEMOVE, MK_LBUTTON, e.X(2), -kLineH + 1);
+    EXPECT_EQ(CPoint(2, 10), e->GetCursorPos());
+    e.Send(WM_MOUSEMOVE, MK_LBUTTON, e.X(2), -kLineH - 1);
+    EXPECT_EQ(CPoint(2, 9), e->GetCursorPos());
+    EXPECT_EQ(10, e->m_nFirstLine); // no scrolling while dragging
+
+    ::SetFocus(e.host.hwnd());
+    PumpMessages();
+    EXPECT_NE(::GetCapture(), e.hwnd());
+    EXPECT_TRUE(e->m_bMouseDown);
+    e.Send(WM_MOUSEMOVE, 0, e.X(3), e.Y(14));
+    EXPECT_EQ(CPoint(3, 24), e->GetCursorPos());
+    EXPECT_EQ(CPoint(1, 22), e->GetAnchorPos());
+    e.Send(WM_LBUTTONUP, 0, e.X(3), e.Y(14));
+    e.Send(WM_MOUSEMOVE, 0, e.X(4), e.Y(15));
+    EXPECT_EQ(CPoint(3, 24), e->GetCursorPos());
+}
+
 // A double-click selects the word under it, caret at its start and anchor
 // at its end; "_" is no word character.
 TEST(Mouse, DoubleClickSelectsAWord)
@@ -302,8 +333,11 @@ TEST(Mouse, BadInputIsClampedOrIgnored)
     e.Wheel(32767);
     e.Wheel(-32768);
     e.Click(-50, -50);
-    e.Click(30000, 30000);
+    EXPECT_EQ(CPoint(0, 0), e->GetCursorPos());
+    e.Click(30000, 30000); // an empty text still has two lines
+    EXPECT_EQ(CPoint(0, 1), e->GetCursorPos());
     e.Send(WM_LBUTTONDBLCLK, MK_LBUTTON, 30000, -30000);
+    EXPECT_FALSE(e->Selected());
     e.Send(WM_LBUTTONDOWN, MK_LBUTTON, 10, 10);
     e.Send(WM_MOUSEMOVE, MK_LBUTTON, -32768, 32767);
     e.Send(WM_LBUTTONUP, 0, 0, 0);
@@ -318,11 +352,14 @@ TEST(Mouse, BadInputIsClampedOrIgnored)
     EXPECT_EQ(before, e.Text());
     e->LoadText(Numbered(10).c_str());
     e->ClearUndoHistory();
-    e.VScroll(SB_THUMBTRACK, 65535);
+    e.VScroll(SB_THUMBTRACK, 65535); // at most the line count
+    EXPECT_EQ(11, e->m_nFirstLine);
     e.Paint();
-    e.HScroll(SB_THUMBTRACK, 65535);
+    e.HScroll(SB_THUMBTRACK, 65535); // every line fits: column 0
+    EXPECT_EQ(0, e->m_nFirstCol);
     e.Paint();
-    e.Click(e.X(3), e.Y(2));
+    e.Click(e.X(3), e.Y(2)); // below the text: the last line
+    EXPECT_EQ(CPoint(0, 10), e->GetCursorPos());
     EXPECT_EQ(CString(Numbered(10).c_str()) + L"\n", e.Text());
 }
 
@@ -366,8 +403,7 @@ TEST(Mouse, CaretFollowsTheMarginOfTheFirstPaint)
     }
 }
 
-// When timer 2 scrolls the view, the caret moves with its text; losing the
-// focus ends a drag.
+// When timer 2 scrolls the view, the caret moves with its text.
 TEST(Mouse, CaretAndDragFollowTheView)
 {
     Ed e(Numbered(300));
@@ -382,13 +418,33 @@ TEST(Mouse, CaretAndDragFollowTheView)
     ASSERT_TRUE(::GetCaretPos(&after));
     EXPECT_EQ(before.x, after.x);
     EXPECT_EQ((5 - 146) * kLineH, after.y);
+}
 
-    e->m_nFirstLine = 0;
-    e.Paint();
-    e.Send(WM_LBUTTONDOWN, MK_LBUTTON, e.X(1), e.Y(1));
-    ::SetFocus(e.host.hwnd());
-    EXPECT_FALSE(e->m_bMouseDown);
-    const CPoint caret = e->GetCursorPos();
-    e.Send(WM_MOUSEMOVE, 0, e.X(4), e.Y(3));
-    EXPECT_EQ(caret, e->GetCursorPos());
+// Bringing the caret into view: down by exactly what is needed, up to the
+// caret's line; sideways a quarter of the visible columns beyond what is
+// needed, in both directions.
+TEST(Scroll, CaretIntoViewJumpsAQuarterScreenSideways)
+{
+    std::wstring text = Numbered(300);
+    text.insert(0, std::wstring(200, L'w') + L"\n");
+    Ed e(text);
+    const int cols = e->VisibleColumns();
+    ASSERT_GT(cols, 8);
+    e->KeyDown(VK_END, 0, 0);
+    EXPECT_EQ(cols / 4 + (200 - cols), e->m_nFirstCol);
+    e->SetSelection(101, 0, 101, 0);
+    e->KeyDown(VK_LEFT, 0, 0);
+    EXPECT_EQ(100 - cols / 4, e->m_nFirstCol);
+    e->KeyDown(VK_HOME, 0, 0);
+    EXPECT_EQ(0, e->m_nFirstCol);
+
+    const int last = e->LastVisibleLine() - 1;
+    e->SetSelection(0, last + 3, 0, last + 3);
+    e->KeyDown(VK_DOWN, 0, 0);
+    EXPECT_EQ(last + 4 - last, e->m_nFirstLine); // the caret line minus the old last line
+    e.VScroll(SB_THUMBPOSITION, 100);
+    e->SetSelection(0, 100, 0, 100);
+    e->KeyDown(VK_UP, 0, 0);
+    EXPECT_EQ(99, e->m_nFirstLine);
+    EXPECT_EQ(99, ScrollPos(e.hwnd(), SB_VERT));
 }

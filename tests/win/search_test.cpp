@@ -41,8 +41,13 @@ TEST(Search, ForwardsWithOneWrap)
     EXPECT_EQ(-1, e.Find(L"Line", pos, VELMOR_FIND_MATCHCASE, 3, 2)); // the wrap stops before the start line
     pos = 0;
     EXPECT_EQ(-1, e.Find(L"line", pos, 0)); // ignoring case needs the text in upper case
-    pos = 0;
-    EXPECT_EQ(-1, e.Find(L"", pos, 0));
+    // An empty string is found where the search starts: an empty selection.
+    pos = 3;
+    const int first = e->FirstVisibleLine();
+    EXPECT_EQ(first, e.Find(L"", pos, 0));
+    EXPECT_EQ(3, pos);
+    EXPECT_EQ(CPoint(3, first), e->GetCursorPos());
+    EXPECT_EQ(CPoint(3, first), e->GetAnchorPos());
     // Whole words: "subtotal" is rejected, and the rest of its line skipped.
     e->LoadText(L"subtotal total\nx total\n");
     pos = 0;
@@ -72,6 +77,19 @@ TEST(Search, Backwards)
     std::wstring w = L"ab";
     EXPECT_EQ(4, e->ReverseFindString(&s[0], &w[0], 0));
     EXPECT_EQ(1, e->ReverseFindString(&s[0], &w[0], 4));
+
+    // With the defaults line 0 is the end and is never searched; after the
+    // wrap the search stops before its start line.
+    e->LoadText(L"TOTAL here only\nnone\nnone\n");
+    e->SetSelection(0, 2, 0, 2);
+    pos = 0;
+    EXPECT_EQ(-1, e.Find(L"TOTAL", pos, VELMOR_FIND_BACKWARDS));
+    EXPECT_EQ(CPoint(0, 2), e->GetCursorPos());
+    e->LoadText(L"a\nX b\nc\n");
+    pos = 1; // the only X stands before the start column of the start line
+    EXPECT_EQ(-1, e.Find(L"X", pos, VELMOR_FIND_MATCHCASE, 1));
+    pos = 0;
+    EXPECT_EQ(1, e.Find(L"X", pos, VELMOR_FIND_MATCHCASE, 2)); // found after the wrap
 }
 
 // Replacing the found text is one undo step; read-only refuses it.
@@ -131,9 +149,11 @@ TEST(Search, CommentingOutAndIn)
     e->SetSelection(0, 0, 10, 2);
     e->UncommentSelected();
     EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
-    e->DoUndo();
+    e->DoUndo(); // each was one step
+    EXPECT_EQ(CString(L"//a = 1;\n   // b = 2;\n // c = 3;\nd\n\n"), e.Text());
     e->DoUndo();
     EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+    EXPECT_TRUE(e->m_UndoStack.empty());
 
     e->SetSelection(2, 0, 5, 2); // from the middle of one line to the middle of another
     e->CommentOutSelect();
@@ -142,6 +162,13 @@ TEST(Search, CommentingOutAndIn)
     e->SetSelection(2, 0, 1, 2);
     e->UncommentSelected();
     EXPECT_EQ(CString(L"a = 1;\n    b = 2;\n  c = 3;\nd\n\n"), e.Text());
+
+    // A "/*" with no "*/" after it: nothing changes, not even the caret.
+    e->LoadText(L"a /* b\nc d\n");
+    e->SetSelection(0, 0, 3, 1);
+    e->UncommentSelected();
+    EXPECT_EQ(CString(L"a /* b\nc d\n\n"), e.Text());
+    e->LoadText(L"a = 1;\n    b = 2;\n  c = 3;\nd\n");
 
     e->SetSelection(4, 1, 9, 1); // within one line
     e->CommentOutSelect();
@@ -160,14 +187,18 @@ TEST(Search, BadInput)
     Ed e(L"abc\nde\n");
     const CString before = e.Text();
     int pos = 0;
-    EXPECT_EQ(-1, e.Find(L"", pos, 0));
-    pos = 0;
     EXPECT_EQ(-1, e.Find(L"ABCDEFGHIJKLMNOP", pos, 0));
+    pos = 9; // an empty string past the line's end: the next lines' starts
+    EXPECT_EQ(1, e.Find(L"", pos, 0));
+    EXPECT_EQ(0, pos);
     for (int p : { -5, 99 }) {
         for (unsigned short f : { (unsigned short)0, VELMOR_FIND_BACKWARDS, VELMOR_FIND_WHOLEWORD }) {
             pos = p;
+            e->SetSelection(0, 0, 0, 0);
             const int r = e.Find(L"B", pos, f);
-            EXPECT_TRUE(r == -1 || (r >= -1 && r < e->GetLineCount())) << p << " " << f;
+            // Forwards from -5 or 99 line 0 gives nothing, and line 0 is the
+            // wrap line; backwards line 0 is the end; "B" is no whole word.
+            EXPECT_EQ(-1, r) << p << " " << f;
         }
     }
     for (int s : { -7, 50 }) {

@@ -59,6 +59,12 @@ struct TipEditor : TestEditor<>
     void Hover(int col, int nLine)
     {
         ctl->SetCursorPos(CPoint(0, nLine)); // columns are measured on the caret's line
+        Move(col, nLine);
+    }
+    // The same without moving the caret (the font is fixed-pitch, so a
+    // longer caret line measures the same columns).
+    void Move(int col, int nLine)
+    {
         const int x = ctl->m_nLeftMargin + col * ctl->m_nCharWidth + ctl->m_nCharWidth / 2;
         const int y = nLine * ctl->m_nLineHeight + ctl->m_nLineHeight / 2;
         ::SendMessageW(hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
@@ -155,22 +161,81 @@ TEST(ValueTip, HoverShowsRecordValuesRefreshesAndFollowsTheMouse)
     e.Hover(0, 4);
     EXPECT_FALSE(e.TipVisible());
     EXPECT_FALSE(e.TimerWasRunning());
-    // The margin and the space below the text are no words.
-    e.Hover(1, 0);
-    ASSERT_TRUE(e.TipVisible());
+    // Over the margin the position is clamped to column 0: its word is
+    // looked up.
+    e.Hover(9, 0);
+    ASSERT_EQ(e.TipText(), L"ratio=0.500000");
     ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(2, e->m_nLineHeight / 2));
-    EXPECT_FALSE(e.TipVisible());
-    e.Hover(1, 0);
+    EXPECT_TRUE(e.TipVisible());
+    EXPECT_EQ(e.TipText(), L"count=-5");
+    // Below the text, to the last line: empty here, so the tip goes.
     ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(e->m_nLeftMargin + 4, 9 * e->m_nLineHeight + 3));
     EXPECT_FALSE(e.TipVisible());
     EXPECT_FALSE(e.TimerWasRunning());
-    // A name the engine does not have shows nothing; leaving running hides.
+    // A name the engine does not have shows nothing.
     e.Hover(0, 1);
     EXPECT_FALSE(e.TipVisible());
+    // Neither the mouse leaving nor the host leaving the running state
+    // hides a tip; the timer keeps refreshing it.
     e.Hover(1, 0);
     EXPECT_TRUE(e.TipVisible());
+    ::SendMessageW(e.hwnd(), WM_MOUSELEAVE, 0, 0);
     e->SetRunning(false);
-    EXPECT_FALSE(e.TipVisible());
+    EXPECT_TRUE(e.TipVisible());
+    eng.img.Put<int32_t>(eng.countSlot + 8, 6);
+    eng.Publish();
+    PumpFor(1300);
+    EXPECT_EQ(e.TipText(), L"count=6");
+    // Not running, a move is no hover: the tip stays as it is.
+    e.Hover(0, 4);
+    EXPECT_TRUE(e.TipVisible());
+    EXPECT_TRUE(e.TimerWasRunning());
+}
+
+// The refresh and the word changes: a name no longer found shows bare; a
+// new word stops the timer before its lookup.
+TEST(ValueTip, RefreshAndWordChanges)
+{
+    HostInspector insp;
+    insp.vars["count"] = CVelmorValue::Int(VELMOR_T_INT, 1);
+    insp.vars["ratio"] = CVelmorValue::Int(VELMOR_T_INT, 2);
+    TipEditor e;
+    e->SetInspector(&insp);
+    e->SetRunning(true);
+    e.Hover(1, 0);
+    ASSERT_EQ(e.TipText(), L"count=1");
+    insp.vars.erase("count"); // the script left the function
+    PumpFor(1300);
+    EXPECT_TRUE(e.TipVisible());
+    EXPECT_EQ(e.TipText(), L"count");
+    // Moving to another word: the timer is killed before the lookup runs
+    // (the lookup sees no timer), then started again for the new word.
+    bool timerAtLookup = true;
+    struct Probe : HostInspector
+    {
+        HWND hwnd = nullptr;
+        bool* pTimer = nullptr;
+        bool bFirst = true;
+        bool InspectVariable(int nLine, const char* pszName, long long nIndex, CVelmorValue& value) override
+        {
+            if (bFirst) { // the word's own lookup, before any refresh
+                bFirst = false;
+                *pTimer = ::KillTimer(hwnd, VELMOR_TIMER_VALUETIP) != 0;
+                if (*pTimer) // put back what asking removed
+                    ::SetTimer(hwnd, VELMOR_TIMER_VALUETIP, 1000, nullptr);
+            }
+            return HostInspector::InspectVariable(nLine, pszName, nIndex, value);
+        }
+    } probe;
+    probe.vars = insp.vars;
+    probe.hwnd = e.hwnd();
+    probe.pTimer = &timerAtLookup;
+    e->SetInspector(&probe);
+    e.Hover(9, 0);
+    EXPECT_FALSE(timerAtLookup);
+    EXPECT_EQ(e.TipText(), L"ratio=2");
+    EXPECT_TRUE(e.TimerWasRunning());
+    e->SetInspector(nullptr);
 }
 
 TEST(ValueTip, GetVariableWordsAndTheBareName)
@@ -184,7 +249,16 @@ TEST(ValueTip, GetVariableWordsAndTheBareName)
     EXPECT_EQ(e->GetVariable(99, 0), CString(L"")); // past the line's end
     EXPECT_EQ(e->m_nHoverLine, 0);
     EXPECT_EQ(e->GetVariable(0, 4), CString(L""));  // empty line
-    EXPECT_EQ(e->GetVariable(0, 99), CString(L"")); // no such line
+    // A line outside the text is the caller's error.
+    for (int bad : {99, -1, 6}) {
+        try {
+            e->GetVariable(0, bad);
+            ADD_FAILURE() << "line " << bad;
+        } catch (CInvalidArgException* x) {
+            x->Delete();
+        }
+    }
+    EXPECT_EQ(e->m_nHoverLine, 4);
     e->SetScriptFun(eng.P(eng.list), nullptr, eng.P(eng.frame));
     e->GetVariable(9, 0);
     EXPECT_EQ(e->GetVariable(1, 0), CString(L"count=42"));
@@ -199,6 +273,15 @@ TEST(ValueTip, GetVariableWordsAndTheBareName)
     EXPECT_STREQ(e->UnicodeToUTF8(L"a\x00e9\x20ac", buf), "a\xc3\xa9\xe2\x82\xac");
     EXPECT_STREQ(e->UnicodeToUTF8(L"\xd83d\xde00", buf), "\xed\xa0\xbd\xed\xb8\x80"); // units alone
     EXPECT_EQ(e->UnicodeToUTF8(nullptr, buf), nullptr);
+
+    // The selection's text, or FALSE with the text left as it was.
+    CString text(L"kept");
+    e->SetSelection(3, 1, 3, 1);
+    EXPECT_FALSE(e->GetHighlight(text));
+    EXPECT_EQ(text, CString(L"kept"));
+    e->SetSelection(7, 1, 4, 1);
+    EXPECT_TRUE(e->GetHighlight(text));
+    EXPECT_EQ(text, CString(L"arr"));
 }
 
 TEST(ValueTip, InspectionInterfaceGivesTheSameTexts)
@@ -239,7 +322,7 @@ TEST(ValueTip, ASelectionIsEvaluatedByTheParent)
     e->SetSelection(4, 1, 10, 1); // "arr[i]"
     auto hoverSelection = [&](const char* answer) {
         g_evaluation = answer;
-        ::SendMessageW(e.hwnd(), WM_MOUSELEAVE, 0, 0); // the mouse went away and came back
+        e.Move(5, 2); // on a number first: the tip goes
         const int before = g_evaluations;
         const int x = e->m_nLeftMargin + 6 * e->m_nCharWidth + 2, y = e->m_nLineHeight + 3;
         ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
@@ -249,10 +332,19 @@ TEST(ValueTip, ASelectionIsEvaluatedByTheParent)
     // No execution line: the parent is not asked.
     e->m_nBreakLine = -1;
     EXPECT_EQ(hoverSelection("1.000000"), 0);
+    // Asked, but a selection only fills a tip that a word has made.
     e->m_nBreakLine = 1;
+    EXPECT_EQ(hoverSelection("1.000000"), 1);
+    EXPECT_FALSE(e.TipVisible());
+    e.Move(1, 0); // no engine: the bare word makes the tip
+    ASSERT_TRUE(e.TipVisible());
     EXPECT_EQ(hoverSelection("1.000000"), 1);
     EXPECT_STREQ(e->m_szValueBuf, "arr[i]");
     EXPECT_TRUE(e.TipVisible());
+    EXPECT_EQ(e.TipText(), L"1");
+    // A visible tip keeps its text.
+    g_evaluation = "9.000000";
+    ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(e->m_nLeftMargin + 7 * e->m_nCharWidth + 2, e->m_nLineHeight + 3));
     EXPECT_EQ(e.TipText(), L"1");
     hoverSelection(".000000");
     EXPECT_EQ(e.TipText(), L".000000");
@@ -269,7 +361,6 @@ TEST(ValueTip, ASelectionIsEvaluatedByTheParent)
     // characters, lines joined with CR LF.
     e->SetSelection(4, 1, 3, 3);
     auto hoverAt = [&](int col, int line) {
-        ::SendMessageW(e.hwnd(), WM_MOUSELEAVE, 0, 0);
         ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0,
                        MAKELPARAM(e->m_nLeftMargin + col * e->m_nCharWidth + 2, line * e->m_nLineHeight + 3));
         PumpMessages();
@@ -298,6 +389,8 @@ TEST(ValueTip, ALongSelectionSendsItsFirst512Characters)
     e->SetRunning(true);
     e->m_nBreakLine = 1;
     e->SetSelection(0, 0, 10, 1);
+    e.Move(20, 1); // a word outside the selection makes the tip
+    e.Move(0, 2);  // an empty line hides it
     ::SendMessageW(e.hwnd(), WM_MOUSEMOVE, 0, MAKELPARAM(e->m_nLeftMargin + 20, 3));
     PumpMessages();
     EXPECT_EQ(strlen(e->m_szValueBuf), 512u);
