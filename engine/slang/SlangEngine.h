@@ -58,7 +58,7 @@
 // and function call; all start at 0.
 struct CSlangRunControl
 {
-    static const int kMaxBreakLines = 100;
+    static constexpr int kMaxBreakLines = 100;
     // 1: statements are checked for stops. 2: no stops until the current
     // call returns, then 1 again. 0: no stops. Every script is compiled
     // with the statement hook, so a running script sees a change at its
