@@ -4,22 +4,59 @@
 // interface so that it runs on the control and, in the tests, on a plain
 // text store alike.
 //
+// A run of entries that puts back or takes away a block of lines (the
+// removals of a deleted selection, the inserts of a paste) is applied to
+// the target as one block, in one pass over the lines that move; the
+// result, the reverse frame and every Visit are those of one entry at a
+// time.
+//
 // A Target provides:
 //   int LineCount();                 CString Line(int n);
 //   void Remove(int n);              // nothing when n is past the end
 //   void Insert(const CString&, int n);
 //   void Set(const CString&, int n);
+//   void RemoveBlock(int n, int count);               // lines n .. n+count-1, all present
+//   void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd);
+//                                    // n <= LineCount(); bFromEnd: as if
+//                                    // inserted at n one by one, last first
 //   CPoint Cursor(); CPoint Anchor(); void SetCursor(CPoint); void SetAnchor(CPoint);
-//   void Visit(int n);               // called first for every entry's line
+//   void Visit(int n, int nLines);   // called first for every entry's line,
+//                                    // with the line count at that moment
 #pragma once
 #include "UndoFrame.h"
+#include <vector>
+
+namespace velmor_undo {
+
+// Whether entry t continues a run that began with first and went on by
+// step lines per entry (step 2: not settled yet). Removals to undo come
+// back at one line or at ascending lines; inserts to undo go at one line
+// or at descending lines: only those make a block.
+inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, const UndoEntry& t, int& step)
+{
+    if (t.kind != first.kind || (first.kind != LineRemoved && first.kind != LineInserted))
+        return false;
+    const int d = t.line - last.line;
+    const int forward = first.kind == LineRemoved ? 1 : -1;
+    if (step == 2) {
+        if (d != 0 && d != forward)
+            return false;
+        step = d;
+        return true;
+    }
+    return d == step;
+}
+
+} // namespace velmor_undo
 
 template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& target)
 {
     CUndoFrame reverse;
     UndoEntry e;
-    while (frame.PopEntry(e)) {
-        target.Visit(e.line);
+    std::vector<UndoEntry> run;
+    // One entry as it always was applied.
+    auto single = [&](const UndoEntry& e) {
+        target.Visit(e.line, target.LineCount());
         UndoEntry r;
         r.line = e.line;
         const bool exists = e.line >= 0 && e.line < target.LineCount();
@@ -46,6 +83,58 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
         target.SetCursor(e.cursor);
         target.SetAnchor(e.anchor);
         reverse.AddEntry(r);
+    };
+    while (frame.PopEntry(e)) {
+        if (e.kind != LineRemoved && e.kind != LineInserted) {
+            single(e);
+            continue;
+        }
+        run.clear();
+        run.push_back(std::move(e));
+        int step = 2;
+        while (!frame.IsEmpty() && velmor_undo::ContinuesRun(run.front(), run.back(), frame.Top(), step)) {
+            run.emplace_back();
+            frame.PopEntry(run.back());
+        }
+        const int m = (int)run.size();
+        const int n0 = target.LineCount();
+        const int first = run.front().line;
+        const bool insert = run.front().kind == LineRemoved;
+        // A block only where one entry at a time would find every line in
+        // place (no clamped insert, no removal past the end).
+        const bool block = m > 1 && first >= 0 &&
+                           (insert ? first <= n0
+                                   : (step == 0 ? first + m <= n0 : first < n0 && first - m + 1 >= 0));
+        if (!block) {
+            for (const UndoEntry& x : run)
+                single(x);
+            continue;
+        }
+        for (int j = 0; j < m; ++j)
+            target.Visit(run[(size_t)j].line, insert ? n0 + j : n0 - j);
+        // The reverse entries, as one entry at a time would have made them.
+        const int low = insert || step == 0 ? first : first - m + 1;
+        for (int j = 0; j < m; ++j) {
+            UndoEntry r;
+            r.line = run[(size_t)j].line;
+            r.kind = insert ? LineInserted : LineRemoved;
+            if (!insert)
+                r.text = target.Line(step == 0 ? first + j : first - j);
+            r.cursor = j == 0 ? target.Cursor() : run[(size_t)j - 1].cursor;
+            r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
+            reverse.AddEntry(r);
+        }
+        if (insert) {
+            // At one line each text goes in above the one before it.
+            std::vector<CString> lines((size_t)m);
+            for (int j = 0; j < m; ++j)
+                lines[(size_t)(step == 0 ? m - 1 - j : j)] = run[(size_t)j].text;
+            target.InsertBlock(lines, first, step == 0);
+        } else {
+            target.RemoveBlock(low, m);
+        }
+        target.SetCursor(run.back().cursor);
+        target.SetAnchor(run.back().anchor);
     }
     return reverse;
 }

@@ -145,6 +145,18 @@ void CVelmor::_ReplaceSelText(const wchar_t* pszText)
     CString pending, tail;
     bool broken = false;
     int column = m_ptCursor.x;
+    // The whole lines of the text go in as one block at the end, each
+    // recorded as its own insert with the caret at its start.
+    std::vector<CString> block;
+    int nBlockAt = -1;
+    auto addLine = [&](CString&& line, int y) {
+        // Where the line really goes: past the end it is appended.
+        const int at = std::min(y, (int)m_Text._GetSize() + (int)block.size());
+        if (nBlockAt < 0)
+            nBlockAt = at;
+        m_CurFrame.AddEntry(UndoEntry{ CString(), LineInserted, at, CPoint(0, y), m_ptAnchor });
+        block.push_back(std::move(line));
+    };
     // Only a line feed ends a line: a carriage return stays in the text.
     for (int i = 0; i < n; ++i) {
         const wchar_t c = p[i];
@@ -159,6 +171,8 @@ void CVelmor::_ReplaceSelText(const wchar_t* pszText)
                 const CString line = m_Text.LineRef(y);
                 tail = line.Mid(m_ptCursor.x);
                 SetTextLine(line.Left(m_ptCursor.x) + pending, y, false, true);
+            } else if (broken) {
+                addLine(std::move(pending), y);
             } else {
                 InsertTextLine(pending, y, false, false);
             }
@@ -173,11 +187,14 @@ void CVelmor::_ReplaceSelText(const wchar_t* pszText)
     }
     const int y = m_ptCursor.y;
     if (broken) {
-        const CString last = pending + tail;
-        if (!last.IsEmpty()) {
-            InsertTextLine(last, y, false, false);
-            _SetCursorPosX(last.GetLength());
-        }
+        CString last = pending + tail;
+        const int nLast = last.GetLength();
+        if (nLast)
+            addLine(std::move(last), y);
+        if (!block.empty())
+            _InsertLineBlock(block, nBlockAt, false);
+        if (nLast)
+            _SetCursorPosX(nLast);
     } else if (!pending.IsEmpty()) {
         if (y >= 0 && y < (int)m_Text._GetSize()) {
             const CString line = m_Text.LineRef(y);

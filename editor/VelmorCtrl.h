@@ -99,6 +99,11 @@ public:
     void InsertTextLine(const CString& text, int nLine, bool bUpdate, bool bNoUndo);
     void SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUpdate);
     void RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate);
+    // Block forms of the two, recording nothing (callers record the entries
+    // the single-line forms would have): the lines go in at nLine, taken
+    // from the vector; nCount lines from nLine go.
+    void _InsertLineBlock(std::vector<CString>& lines, int nLine, bool bUpdate, bool bFromEnd = false);
+    void _RemoveLineBlock(int nLine, int nCount, bool bUpdate);
     void RemoveAllText();
     // The spaces a Tab at this column inserts (1 to tab size).
     CString MakeTab(int nColumn);
@@ -166,6 +171,9 @@ public:
     // Scrolling.
     void ScrollToCursor();
     void SoftScrollToLine(int nLine);
+    // ScrollToLine as for a text of nLines lines (an undo step visits a
+    // block's lines before the block changes the count).
+    void ScrollToLine(int nLine, int nLines);
     CPoint GetScrollPosition();
     CPoint GetDeviceScrollPosition();
 

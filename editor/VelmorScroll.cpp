@@ -100,10 +100,17 @@ LRESULT CVelmor::OnDrawBars(WPARAM, LPARAM)
 
 void CVelmor::ScrollToLine(int nLine)
 {
+    ScrollToLine(nLine, (int)m_Text._GetSize());
+}
+
+// The same for a text of nLines lines (an undo step visits the lines of a
+// block before the block changes the count).
+void CVelmor::ScrollToLine(int nLine, int nLines)
+{
     if (!m_hWnd)
         return;
     // Negative lines are stored as given; callers pass lines >= 0.
-    m_nFirstLine = std::min(nLine, (int)m_Text._GetSize() - 1);
+    m_nFirstLine = std::min(nLine, nLines - 1);
     if (m_bInAction) {
         // Inside an edit or an undo step the view is brought up to date
         // once, when it ends.

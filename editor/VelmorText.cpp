@@ -214,6 +214,32 @@ void CVelmor::RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate)
         UpdateScrollSizes();
 }
 
+void CVelmor::_InsertLineBlock(std::vector<CString>& lines, int nLine, bool bUpdate, bool bFromEnd)
+{
+    if (nLine < 0)
+        AfxThrowInvalidArgException();
+    const bool bDelimiter = std::any_of(lines.begin(), lines.end(), HasCommentDelimiter);
+    m_Text._InsertLines(lines, nLine, bUpdate, bFromEnd);
+    if (bDelimiter)
+        RecolourAll();
+    if (bUpdate)
+        UpdateScrollSizes();
+}
+
+void CVelmor::_RemoveLineBlock(int nLine, int nCount, bool bUpdate)
+{
+    if (nCount <= 0)
+        return;
+    bool bDelimiter = false;
+    for (int i = nLine; i < nLine + nCount && !bDelimiter; ++i)
+        bDelimiter = HasCommentDelimiter(m_Text.LineRef(i));
+    m_Text._RemoveLines(nLine, nCount);
+    if (bDelimiter)
+        RecolourAll();
+    if (bUpdate)
+        UpdateScrollSizes();
+}
+
 void CVelmor::RemoveAllText()
 {
     const int n = (int)m_Text._GetSize();

@@ -74,15 +74,21 @@ struct ControlTarget
         if (n >= 0 && n < LineCount())
             c.SetTextLine(text, n, true, false);
     }
+    void RemoveBlock(int n, int count) { c._RemoveLineBlock(n, count, false); }
+    void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd) { c._InsertLineBlock(lines, n, true, bFromEnd); }
     CPoint Cursor() { return c.GetCursorPos(); }
     CPoint Anchor() { return c.GetAnchorPos(); }
     void SetCursor(CPoint pt) { c.m_ptCursor = pt; }
     void SetAnchor(CPoint pt) { c.m_ptAnchor = pt; }
-    void Visit(int n)
+    // nLines: the line count as the entry finds it (a block visits its
+    // lines before it changes them all).
+    void Visit(int n, int nLines)
     {
         CRect rc = c.GetLineRect(n);
         rcInvalid.UnionRect(&rcInvalid, &rc);
-        c.SoftScrollToLine(n);
+        const int first = c.FirstVisibleLine();
+        if (n < first || n >= first + c.VisibleLines(true))
+            c.ScrollToLine(n, nLines);
     }
 };
 

@@ -343,9 +343,16 @@ void CVelmor::RemoveSelected()
             m_ptAnchor.x = m_ptCursor.x = a;
         }
     } else {
-        while (m_ptCursor.y > m_ptAnchor.y + 1 && m_ptAnchor.y + 1 < (int)m_Text._GetSize()) {
-            RemoveTextLine(m_ptAnchor.y + 1, false, true);
-            --m_ptCursor.y;
+        // The lines between go as one block; each is recorded as its own
+        // removal, with the caret where it stood as that line went.
+        const int nBetween = std::min((int)m_ptCursor.y - (int)m_ptAnchor.y - 1, n - (int)m_ptAnchor.y - 1);
+        if (nBetween > 0) {
+            const int at = m_ptAnchor.y + 1;
+            for (int i = 0; i < nBetween; ++i)
+                m_CurFrame.AddEntry(UndoEntry{ m_Text.LineRef(at + i), LineRemoved, at,
+                                               CPoint(m_ptCursor.x, m_ptCursor.y - i), m_ptAnchor });
+            _RemoveLineBlock(at, nBetween, true);
+            m_ptCursor.y -= nBetween;
         }
         if (m_ptCursor.y >= 0 && m_ptCursor.y < (int)m_Text._GetSize() && m_ptAnchor.y >= 0 &&
             m_ptAnchor.y < (int)m_Text._GetSize()) {

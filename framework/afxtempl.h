@@ -3,6 +3,7 @@
 // reading or writing out of bounds.
 #pragma once
 #include "afxexcept.h"
+#include <iterator>
 #include <vector>
 #include <utility>
 #include <cstddef>
@@ -79,6 +80,16 @@ public:
         if ((size_t)i > m_data.size())
             m_data.resize((size_t)i);
         m_data.insert(m_data.begin() + i, std::move(v));
+    }
+    // Inserts nCount elements at i, taking them over (not one of the
+    // framework's own members): one move of the elements after i.
+    void InsertBlockMove(int i, TYPE* p, int nCount)
+    {
+        if (i < 0 || nCount < 0)
+            AfxThrowInvalidArgException();
+        if ((size_t)i > m_data.size())
+            m_data.resize((size_t)i);
+        m_data.insert(m_data.begin() + i, std::make_move_iterator(p), std::make_move_iterator(p + nCount));
     }
     void RemoveAt(int i, int nCount = 1)
     {

@@ -97,6 +97,40 @@ void CColourProgress::Removed(int nLine, int nLines)
     Dirty(nLine, nLine, nLines);
 }
 
+void CColourProgress::InsertedBlock(int nLine, int nCount, int nLines)
+{
+    if (nCount <= 0)
+        return;
+    m_Lines.insert(m_Lines.begin() + nLine, (size_t)nCount, uint8_t(0));
+    if (m_bPending && m_nPending >= nLine)
+        m_nPending += nCount;
+    if (m_nFirstDirty != kNoDirt && m_nFirstDirty >= nLine)
+        m_nFirstDirty += nCount;
+    if (m_nLastDirty >= nLine)
+        m_nLastDirty += nCount;
+    Dirty(nLine, nLine + nCount - 1, nLines);
+}
+
+void CColourProgress::RemovedBlock(int nLine, int nCount, int nLines)
+{
+    if (nCount <= 0)
+        return;
+    m_Lines.erase(m_Lines.begin() + nLine, m_Lines.begin() + nLine + nCount);
+    // One line at a time, a mark past nLine moves up once per line, but
+    // not above nLine.
+    auto up = [&](int v) { return v > nLine ? std::max(nLine, v - nCount) : v; };
+    if (m_bPending)
+        m_nPending = up(m_nPending);
+    if (m_nFirstDirty != kNoDirt)
+        m_nFirstDirty = up(m_nFirstDirty);
+    m_nLastDirty = up(m_nLastDirty);
+    // The first removal marked nLine when a line was left there.
+    if (nLine <= nLines + nCount - 2) {
+        m_nFirstDirty = std::min(m_nFirstDirty, nLine);
+        m_nLastDirty = std::max(m_nLastDirty, nLine);
+    }
+}
+
 void CColourProgress::Forget(int nLines)
 {
     m_Lines.assign((size_t)nLines, uint8_t(0));

@@ -78,6 +78,11 @@ public:
     void Inserted(int nLine, int nLines);
     void Changed(int nLine, int nLines);
     void Removed(int nLine, int nLines);
+    // The same for nCount lines inserted as a block from nLine on, or
+    // removed from nLine on, at once (nLines: the count afterwards); the
+    // marks come out as those of one line at a time.
+    void InsertedBlock(int nLine, int nCount, int nLines);
+    void RemovedBlock(int nLine, int nCount, int nLines);
     // Every line holds colours not made by a recolouring (a copied or an
     // emptied text).
     void Forget(int nLines);

@@ -1,5 +1,6 @@
 #include "ScriptText.h"
 #include "ColourProgress.h"
+#include <iterator>
 #include <stdexcept>
 
 namespace {
@@ -185,6 +186,53 @@ void CScriptText::_RemoveLine(int nLine)
     CountLength(nOldLength, -1);
     m_LineColors.erase(m_LineColors.begin() + nLine);
     m_pProgress->Removed(nLine, m_arrLines.GetSize());
+    FindMaxLineLen();
+}
+
+void CScriptText::_InsertLines(std::vector<CString>& lines, int nLine, int bColor, bool bFromEnd)
+{
+    if (nLine < 0)
+        AfxThrowInvalidArgException();
+    if (lines.empty())
+        return;
+    if (nLine > m_arrLines.GetSize())
+        nLine = m_arrLines.GetSize();
+    m_pProgress->Settle(*this, nLine);
+    if (bColor)
+        m_pProgress->SettleFlag(*this);
+    const int nCount = (int)lines.size();
+    // Room first, so that nothing below fails half-way through.
+    m_arrLines.Reserve(m_arrLines.GetSize() + nCount);
+    m_LineColors.reserve(m_LineColors.size() + (size_t)nCount);
+    std::vector<std::vector<unsigned long>> colors((size_t)nCount);
+    for (int k = 0; k < nCount; ++k) {
+        const size_t i = (size_t)(bFromEnd ? nCount - 1 - k : k);
+        CountLength(lines[i].GetLength(), 1);
+        if (bColor)
+            m_pColorizer->SetLineColors(lines[i], colors[i]);
+    }
+    m_arrLines.InsertBlockMove(nLine, lines.data(), nCount);
+    m_LineColors.insert(m_LineColors.begin() + nLine, std::make_move_iterator(colors.begin()),
+                        std::make_move_iterator(colors.end()));
+    m_pProgress->InsertedBlock(nLine, nCount, m_arrLines.GetSize());
+    FindMaxLineLen();
+}
+
+void CScriptText::_RemoveLines(int nLine, int nCount)
+{
+    if (nCount <= 0)
+        return;
+    if (nLine < 0 || nLine + nCount > m_arrLines.GetSize() || (size_t)(nLine + nCount) > m_LineColors.size())
+        AfxThrowInvalidArgException();
+    // As one line at a time would: the recolouring passes every line that
+    // goes before it goes.
+    m_pProgress->Settle(*this, nLine + nCount);
+    const CString* p = m_arrLines.GetData() + nLine;
+    for (int i = 0; i < nCount; ++i)
+        CountLength(p[i].GetLength(), -1);
+    m_arrLines.RemoveAt(nLine, nCount);
+    m_LineColors.erase(m_LineColors.begin() + nLine, m_LineColors.begin() + nLine + nCount);
+    m_pProgress->RemovedBlock(nLine, nCount, m_arrLines.GetSize());
     FindMaxLineLen();
 }
 

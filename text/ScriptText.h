@@ -36,6 +36,14 @@ public:
     // Replaces line nLine; returns 1 when the whole text was recoloured.
     int _SetLine(const CString& text, int nLine);
     void _RemoveLine(int nLine);
+    // Block forms, one pass over the lines that move instead of one per
+    // line: the lines go in at nLine (past the end: appended), taken over
+    // from the vector; nCount lines from nLine go. Either does what the
+    // same lines one at a time would do.
+    // bFromEnd: the lines are coloured last first, as inserting them one
+    // at a time at nLine, the last first, colours them.
+    void _InsertLines(std::vector<CString>& lines, int nLine, int bColor, bool bFromEnd = false);
+    void _RemoveLines(int nLine, int nCount);
     // Empties the store, leaving one empty line.
     void _RemoveAll();
     long _GetSize() const { return (long)m_arrLines.GetSize(); }

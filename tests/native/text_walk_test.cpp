@@ -120,7 +120,9 @@ struct StoreTarget
     CPoint Anchor() { return anchor; }
     void SetCursor(CPoint p) { caret = p; }
     void SetAnchor(CPoint p) { anchor = p; }
-    void Visit(int) {}
+    void RemoveBlock(int n, int count) { t._RemoveLines(n, count); }
+    void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd) { t._InsertLines(lines, n, 1, bFromEnd); }
+    void Visit(int, int) {}
 };
 
 std::vector<CString> Lines(const CScriptText& t)

@@ -1,0 +1,73 @@
+// Big edits through the block operations and the batching undo replay,
+// against the same edits made one line at a time (tests/support/
+// BlockEditModel.h): random removals of up to every line, pastes of up to
+// thousands of lines, line changes, recolourings, undo and redo.
+#include "tests/support/BlockEditModel.h"
+#include <gtest/gtest.h>
+#include <random>
+
+namespace {
+
+std::vector<uint8_t> RandomBytes(std::mt19937& rng, size_t n)
+{
+    std::vector<uint8_t> v(n);
+    for (auto& b : v)
+        b = (uint8_t)rng();
+    return v;
+}
+
+} // namespace
+
+TEST(BlockEdit, BlocksAndTheirUndoMatchOneLineAtATime)
+{
+    std::mt19937 rng(7);
+    for (int round = 0; round < 300; ++round) {
+        const std::vector<uint8_t> bytes = RandomBytes(rng, 600);
+        block_edit_model::Model model(1 + (int)(rng() % 200));
+        std::string why;
+        ASSERT_TRUE(model.Run(bytes.data(), bytes.size(), why)) << "round " << round << ": " << why;
+    }
+}
+
+// A document of 100,000 lines: the runs are long, and whole-text removals
+// and their undo go through the blocks.
+TEST(BlockEdit, AHundredThousandLines)
+{
+    std::mt19937 rng(11);
+    const std::vector<uint8_t> bytes = RandomBytes(rng, 2000);
+    block_edit_model::Model model(100000);
+    std::string why;
+    ASSERT_TRUE(model.Run(bytes.data(), bytes.size(), why)) << why;
+}
+
+// The replay batches only runs that a line-at-a-time replay would apply in
+// place: removals undone at one line or at ascending lines, inserts undone
+// at one line or at descending lines. Runs that go past the end of the
+// text are replayed one entry at a time and clamp as they always did.
+TEST(BlockEdit, RunsThatDoNotFitAreReplayedOneByOne)
+{
+    CSampleColorizer ca, cb;
+    CScriptText a, b;
+    a.SetColorizer(&ca);
+    b.SetColorizer(&cb);
+    for (int i = 0; i < 3; ++i) {
+        a._InsertLine(CString(L'a', i + 1), i, 1);
+        b._InsertLine(CString(L'a', i + 1), i, 1);
+    }
+    // Removals recorded at lines far past the end, and inserts at lines
+    // that do not exist.
+    CUndoFrame f;
+    for (int i = 0; i < 4; ++i)
+        f.AddEntry(UndoEntry{CString(L'r', i + 1), LineRemoved, 9, CPoint(i, 0), CPoint()});
+    for (int i = 0; i < 3; ++i)
+        f.AddEntry(UndoEntry{CString(), LineInserted, 20 - i, CPoint(), CPoint()});
+    block_edit_model::Target ta{a, true, {}, {}, {}}, tb{b, false, {}, {}, {}};
+    CUndoFrame ra = ReplayUndoFrame(f, ta);
+    CUndoFrame rb = block_edit_model::ReferenceReplay(f, tb);
+    ASSERT_EQ(a._GetSize(), b._GetSize());
+    for (int i = 0; i < a._GetSize(); ++i)
+        EXPECT_EQ(a.LineRef(i), b.LineRef(i)) << i;
+    EXPECT_TRUE(block_edit_model::SameEntries(ra, rb));
+    EXPECT_EQ(tb.caret, ta.caret);
+    EXPECT_EQ(tb.visits, ta.visits);
+}
