@@ -46,8 +46,9 @@ native: $(NATIVE)/build.ninja
 asan: $(ASAN)/build.ninja
 	cmake --build $(ASAN) -j $(JOBS) --target native_tests
 
-# The line search and the comment markers, and the engine's record walker
-# over random memory, under libFuzzer (clang, with
+# The line search and the comment markers, the engine's record walker over
+# random memory, and big edits with undo and redo against one line at a
+# time, under libFuzzer (clang, with
 # AddressSanitizer): a bounded run from an empty corpus.
 fuzz: | deps
 	mkdir -p $(FUZZ)
@@ -63,6 +64,13 @@ fuzz: | deps
 	cd $(FUZZ) && ./records_fuzz -runs=$(FUZZ_RUNS) -max_len=2048 -timeout=5 -seed=1 >records_fuzz.log 2>&1 \
 	  || { tail -40 records_fuzz.log; exit 1; }
 	@tail -1 $(FUZZ)/records_fuzz.log
+	clang++ -std=c++17 -O1 -g -fsanitize=fuzzer,address,undefined -I. \
+	  framework/afxexcept.cpp framework/afxstr.cpp framework/afxstrmem.cpp \
+	  text/Colorizer.cpp text/ColourProgress.cpp text/ScriptText.cpp editor/UndoFrame.cpp \
+	  tests/fuzz/bigedit_fuzz.cpp -o $(FUZZ)/bigedit_fuzz
+	cd $(FUZZ) && ./bigedit_fuzz -runs=$$(( $(FUZZ_RUNS) / 10 )) -max_len=4096 -timeout=10 -seed=1 >bigedit_fuzz.log 2>&1 \
+	  || { tail -40 bigedit_fuzz.log; exit 1; }
+	@tail -1 $(FUZZ)/bigedit_fuzz.log
 
 win64: $(WIN64)/build.ninja
 	cmake --build $(WIN64) -j $(JOBS)

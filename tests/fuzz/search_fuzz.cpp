@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         // Ignoring case, forwards: the same as searching an upper-case copy.
         CString upper = line;
         upper.MakeUpper();
-        const int expected = what.IsEmpty() ? -1 : upper.Find(what.GetString(), start);
+        const int expected = upper.Find(what.GetString(), start); // an empty what: start itself
         Check(SearchLine(line, what.GetString(), start, 0) == expected);
         const int r = ReverseFind(line.GetString(), what.GetString(), start);
         Check(r >= -1 && r < line.GetLength());
