@@ -35,10 +35,15 @@ bool CUndoFrame::Continues(const Run& run, const UndoEntry& e)
 
 void CUndoFrame::AddEntry(const UndoEntry& e)
 {
+    AddEntry(UndoEntry(e));
+}
+
+void CUndoFrame::AddEntry(UndoEntry&& e)
+{
     if (!m_runs.empty() && Continues(m_runs.back(), e))
         ++m_runs.back().count;
     else
-        m_runs.push_back(Run{ e, 1 });
+        m_runs.push_back(Run{ std::move(e), 1 });
     ++m_nCount;
 }
 
@@ -56,9 +61,14 @@ bool CUndoFrame::PopEntry(UndoEntry& e)
 {
     if (m_runs.empty())
         return false;
-    e = Top();
-    if (--m_runs.back().count == 0)
+    if (m_runs.back().count == 1) {
+        // The run's only entry: its text is moved out, not copied.
+        e = std::move(m_runs.back().first);
         m_runs.pop_back();
+    } else {
+        e = Top();
+        --m_runs.back().count;
+    }
     --m_nCount;
     return true;
 }

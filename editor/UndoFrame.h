@@ -32,6 +32,7 @@ public:
     CUndoFrame& operator=(CUndoFrame&& other) noexcept;
 
     void AddEntry(const UndoEntry& e);
+    void AddEntry(UndoEntry&& e);
     // Copies out and removes the last entry added; false when empty.
     bool PopEntry(UndoEntry& e);
     void Clear();
@@ -39,6 +40,9 @@ public:
     size_t GetCount() const { return m_nCount; }
     // The last entry added (the frame must not be empty).
     UndoEntry Top() const;
+    // Its kind and line alone, without copying its text.
+    int TopKind() const { return m_runs.back().first.kind; }
+    int TopLine() const { return m_runs.back().first.line + (int)(m_runs.back().count - 1); }
 
 private:
     // Entries are kept last-in-first-out, but a run of entries that only

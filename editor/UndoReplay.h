@@ -32,11 +32,11 @@ namespace velmor_undo {
 // step lines per entry (step 2: not settled yet). Removals to undo come
 // back at one line or at ascending lines; inserts to undo go at one line
 // or at descending lines: only those make a block.
-inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, const UndoEntry& t, int& step)
+inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, int kind, int line, int& step)
 {
-    if (t.kind != first.kind || (first.kind != LineRemoved && first.kind != LineInserted))
+    if (kind != first.kind || (first.kind != LineRemoved && first.kind != LineInserted))
         return false;
-    const int d = t.line - last.line;
+    const int d = line - last.line;
     const int forward = first.kind == LineRemoved ? 1 : -1;
     if (step == 2) {
         if (d != 0 && d != forward)
@@ -82,7 +82,7 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
         r.anchor = target.Anchor();
         target.SetCursor(e.cursor);
         target.SetAnchor(e.anchor);
-        reverse.AddEntry(r);
+        reverse.AddEntry(std::move(r));
     };
     while (frame.PopEntry(e)) {
         if (e.kind != LineRemoved && e.kind != LineInserted) {
@@ -92,7 +92,8 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
         run.clear();
         run.push_back(std::move(e));
         int step = 2;
-        while (!frame.IsEmpty() && velmor_undo::ContinuesRun(run.front(), run.back(), frame.Top(), step)) {
+        while (!frame.IsEmpty() &&
+               velmor_undo::ContinuesRun(run.front(), run.back(), frame.TopKind(), frame.TopLine(), step)) {
             run.emplace_back();
             frame.PopEntry(run.back());
         }
@@ -122,13 +123,13 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
                 r.text = target.Line(step == 0 ? first + j : first - j);
             r.cursor = j == 0 ? target.Cursor() : run[(size_t)j - 1].cursor;
             r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
-            reverse.AddEntry(r);
+            reverse.AddEntry(std::move(r));
         }
         if (insert) {
             // At one line each text goes in above the one before it.
             std::vector<CString> lines((size_t)m);
             for (int j = 0; j < m; ++j)
-                lines[(size_t)(step == 0 ? m - 1 - j : j)] = run[(size_t)j].text;
+                lines[(size_t)(step == 0 ? m - 1 - j : j)] = std::move(run[(size_t)j].text);
             target.InsertBlock(lines, first, step == 0);
         } else {
             target.RemoveBlock(low, m);

@@ -400,6 +400,7 @@ private:
     void PostKeyNotification();
     void BlockOf(int& nFirst, int& nLast, int& nFirstCol) const;
     void EndBlockShift(CPoint a, CPoint c, int nDelta);
+    template <class Loop> void FrozenBlock(Loop loop, bool bDrawCaret);
     void AbandonAction();
     CString SelectedText(int nMax = INT_MAX) const;
     int FindFrom(int nStartLine, int nEndLine, const wchar_t* pszWhat, int& nPos, unsigned short wFlags,
@@ -440,5 +441,11 @@ private:
     // m_bRecolourDue and done once by whoever set it.
     bool m_bDeferRecolour;
     bool m_bRecolourDue;
+    // Set while a block of lines changes (block indent, commenting, an undo
+    // step): the lines and the caret are not repainted one by one, as the
+    // whole control is repainted when the block ends; m_bFrozenRepaint
+    // notes a whole repaint asked for meanwhile.
+    bool m_bFrozen;
+    bool m_bFrozenRepaint;
 
 };

@@ -4,6 +4,7 @@
 // line operations (which record undo) and never open an undo step
 // themselves; nor do they look at the read-only flag.
 #include "VelmorCtrl.h"
+#include "VelmorFrozen.h"
 #include <algorithm>
 
 namespace {
@@ -32,7 +33,8 @@ void CVelmor::InsertString(CString& text, bool bInvalidate)
         const CString& line = m_Text.LineRef(y);
         const int x = std::max(0, std::min((int)m_ptCursor.x, line.GetLength()));
         const CString left = line.Left(x), right = line.Mid(x);
-        if (!right.IsEmpty() && m_hWnd) {
+        const bool bPaint = m_hWnd && !m_bFrozen;
+        if (!right.IsEmpty() && bPaint) {
             CRect rc = Grown(GetLineRect(y));
             InvalidateRect(&rc, FALSE);
         }
@@ -41,11 +43,12 @@ void CVelmor::InsertString(CString& text, bool bInvalidate)
         ScrollToCursor();
         UpdateAnchor(false);
         // (Already invalidated above when text followed the caret.)
-        if (bInvalidate && right.IsEmpty() && m_hWnd) {
+        if (bInvalidate && right.IsEmpty() && bPaint) {
             CRect rc = Grown(GetLineRect(y));
             InvalidateRect(&rc, FALSE);
         }
-        DrawCursor(true);
+        if (!m_bFrozen)
+            DrawCursor(true);
     } else {
         // The caret below the last line: the text makes a new line.
         InsertTextLine(text, y, bInvalidate, false);
@@ -204,10 +207,12 @@ void CVelmor::InsertTab()
         SetRedraw(FALSE);
     CString tab = MakeTab(col);
     const int lines = (int)m_Text._GetSize();
-    for (int line = first; line <= last && line < lines; ++line) {
-        _SetCursorPos(line == first ? col : 0, line);
-        InsertString(tab, true);
-    }
+    FrozenBlock([&] {
+        for (int line = first; line <= last && line < lines; ++line) {
+            _SetCursorPos(line == first ? col : 0, line);
+            InsertString(tab, true);
+        }
+    }, true);
     EndBlockShift(a, c, tab.GetLength());
 }
 
@@ -227,10 +232,12 @@ void CVelmor::RemoveTab()
     // later line loses at least as many characters as the one before.
     int k = 0;
     const int lines = (int)m_Text._GetSize();
-    for (int line = first; line <= last && line < lines; ++line) {
-        k = UnindentCount(m_Text.LineRef(line), k, m_nTabSize);
-        SetTextLine(m_Text.LineRef(line).Mid(k), line, false, true);
-    }
+    FrozenBlock([&] {
+        for (int line = first; line <= last && line < lines; ++line) {
+            k = UnindentCount(m_Text.LineRef(line), k, m_nTabSize);
+            SetTextLine(m_Text.LineRef(line).Mid(k), line, false, true);
+        }
+    }, false);
     EndBlockShift(a, c, -k);
 }
 

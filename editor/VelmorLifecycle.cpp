@@ -94,6 +94,7 @@ void CVelmor::InitMembers(COLORREF crBackground)
     std::memset(m_szValueBuf, 0, sizeof m_szValueBuf);
     m_strClassName.Format(L"CVelmor::%p", (void*)this);
     m_bInAction = false;
+    m_bFrozen = m_bFrozenRepaint = false;
     m_bScrollPending = false;
     m_bRepaintDue = false;
     m_hPaintDC = nullptr;

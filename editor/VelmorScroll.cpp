@@ -169,14 +169,17 @@ void CVelmor::ScrollToCursor()
         return;
     const int nLines = (int)m_Text._GetSize();
     const int last = LastVisibleLine() - 1;
+    // Frozen (a block indent), the whole view is repainted at the end.
     if (m_ptCursor.y > last && VisibleLines(false) < nLines - 1) {
         m_nFirstLine = std::max(m_nFirstLine + (int)(m_ptCursor.y - last), 0);
         SetBarPos(SB_VERT, m_nFirstLine);
-        Invalidate(TRUE);
+        if (!m_bFrozen)
+            Invalidate(TRUE);
     } else if (m_ptCursor.y < FirstVisibleLine()) {
         m_nFirstLine = m_ptCursor.y;
         SetBarPos(SB_VERT, m_nFirstLine);
-        Invalidate(TRUE);
+        if (!m_bFrozen)
+            Invalidate(TRUE);
     }
     // A quarter of a screen beyond what is strictly needed, both ways.
     const int cols = VisibleColumns();
@@ -184,11 +187,13 @@ void CVelmor::ScrollToCursor()
     if (m_ptCursor.x > m_nFirstCol + cols) {
         m_nFirstCol += step + (int)(m_ptCursor.x - (m_nFirstCol + cols));
         SetBarPos(SB_HORZ, m_nFirstCol);
-        Invalidate(TRUE);
+        if (!m_bFrozen)
+            Invalidate(TRUE);
     } else if (m_ptCursor.x < m_nFirstCol) {
         m_nFirstCol = std::max((int)m_ptCursor.x - step, 0);
         SetBarPos(SB_HORZ, m_nFirstCol);
-        Invalidate(TRUE);
+        if (!m_bFrozen)
+            Invalidate(TRUE);
     }
 }
 

@@ -2,6 +2,7 @@
 // text, jumping to the matching brace, and commenting a selection out and
 // back in.
 #include "VelmorCtrl.h"
+#include "VelmorFrozen.h"
 #include "../text/TextSearch.h"
 #include <algorithm>
 #include <cwchar>
@@ -142,8 +143,10 @@ void CVelmor::CommentOutSelect()
         if (ay != cy) {
             const int caretLen = m_Text.LineRef(cy).GetLength();
             if (m_ptAnchor.x < 1 && m_ptCursor.x >= caretLen - 1) {
-                for (int line = ay; line <= cy; ++line)
-                    SetTextLine(LineCommentOut(m_Text.LineRef(line)), line, false, true);
+                FrozenBlock([&] {
+                    for (int line = ay; line <= cy; ++line)
+                        SetTextLine(LineCommentOut(m_Text.LineRef(line)), line, false, true);
+                }, false);
             } else {
                 CString first = m_Text.LineRef(ay), last = m_Text.LineRef(cy);
                 first.Insert(m_ptAnchor.x, L"/*");
@@ -178,12 +181,14 @@ void CVelmor::UncommentSelected()
     if (ay >= 0 && cy < n && ay <= cy) {
         const int o = m_Text.LineRef(ay).Find(L"/*", std::max(s, 0));
         if (o < 0) {
-            for (int line = ay; line <= cy; ++line) {
-                const CString& text = m_Text.LineRef(line);
-                const CString out = LineUncomment(text, s);
-                if (out != text)
-                    SetTextLine(out, line, false, true);
-            }
+            FrozenBlock([&] {
+                for (int line = ay; line <= cy; ++line) {
+                    const CString& text = m_Text.LineRef(line);
+                    const CString out = LineUncomment(text, s);
+                    if (out != text)
+                        SetTextLine(out, line, false, true);
+                }
+            }, false);
         } else {
             const int c = m_Text.LineRef(cy).Find(L"*/", o + 2);
             if (c >= 0) {

@@ -1,6 +1,7 @@
 // Recording of undo frames.
 #include "VelmorCtrl.h"
 #include "UndoReplay.h"
+#include "VelmorFrozen.h"
 
 void CVelmor::StartAction()
 {
@@ -129,7 +130,9 @@ void CVelmor::DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& t
             AbandonAction();
     };
     try {
-        to.push(ReplayUndoFrame(std::move(frame), target));
+        // Frozen: a line whose change recolours the whole text asks for the
+        // whole repaint once, at the end, not once per line.
+        FrozenBlock([&] { to.push(ReplayUndoFrame(std::move(frame), target)); }, false);
     } catch (...) {
         finish();
         DrawCursor(true);
