@@ -8,6 +8,8 @@
 #include "WinBench.h"
 
 #include <algorithm>
+#include <cmath>
+#include <random>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -80,13 +82,16 @@ void Print(const char* label, double ms, const char* detail = "")
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    // --random-only: only the random edits (for looking into one).
+    const bool bRandomOnly = argc > 1 && !std::strcmp(argv[1], "--random-only");
     const std::wstring script = MakeScript((size_t)10 * kMiB);
     HWND host = CreateHost();
     PumpMessages();
     Session s{host, script, nullptr};
 
+    if (!bRandomOnly) {
     s.Load();
     s.SelectAll();
     Print("select all + Delete, 10 MiB:", s.Time([&] { ::SendMessageW(s.hwnd(), WM_KEYDOWN, VK_DELETE, 0); }));
@@ -115,6 +120,59 @@ int main()
     s.Load();
     s.SelectAll();
     Print("copy all, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_COPY); }));
+    }
+
+    // Random big edits: selections from one line to every line (sizes
+    // spread evenly on a logarithmic scale), each deleted, typed over,
+    // pasted over, indented, unindented, commented or uncommented, with
+    // undo and redo between them; the slowest step with its repaint.
+    s.Load();
+    SetClipboard(host, MakeScript(64 * 1024));
+    std::mt19937 rng(2024);
+    double slowest = 0, total = 0;
+    int slowestOp = -1;
+    const int nLoaded = s.ctl->GetLineCount();
+    int reloads = 0;
+    for (int op = 0; op < 2000; ++op) {
+        // Deletions shrink the text and pastes grow it: outside half to
+        // one and a half times its lines it is loaded again (untimed), so
+        // that every edit works on a text of about 10 MiB.
+        if (s.ctl->GetLineCount() < nLoaded / 2 || s.ctl->GetLineCount() > nLoaded * 3 / 2) {
+            s.Load();
+            ++reloads;
+        }
+        const int n = s.ctl->GetLineCount();
+        const int size = std::max(1, (int)std::pow((double)n, (double)(rng() % 1001) / 1000.0));
+        const int first = (int)(rng() % (unsigned)std::max(1, n - size + 1));
+        const int last = std::min(n - 1, first + size - 1);
+        const unsigned what = rng() % 10;
+        if (what < 8)
+            s.ctl->SetSelection(0, first, s.ctl->GetLine(last).GetLength(), last);
+        const double ms = s.Time([&] {
+            switch (what) {
+            case 0: ::SendMessageW(s.hwnd(), WM_KEYDOWN, VK_DELETE, 0); break;
+            case 1: ::SendMessageW(s.hwnd(), WM_CHAR, L'x', 1); break;
+            case 2: s.Command(ID_EDIT_PASTE); break;
+            case 3: ::SendMessageW(s.hwnd(), WM_CHAR, L'\t', 1); break;
+            case 4: s.ctl->DecreaseIndent(); break;
+            case 5: s.ctl->CommentOutSelect(); break;
+            case 6: s.ctl->UncommentSelected(); break;
+            case 7: s.Command(ID_EDIT_CUT); break;
+            case 8: s.Command(ID_EDIT_UNDO); break;
+            default: s.Command(ID_EDIT_REDO); break;
+            }
+        });
+        total += ms;
+        if (ms > 1000)
+            std::printf("    slow: kind %u over lines %d..%d of %d: %.0f ms\n", what, first, last, n, ms);
+        if (ms > slowest) {
+            slowest = ms;
+            slowestOp = (int)what;
+        }
+    }
+    char detail[128];
+    std::snprintf(detail, sizeof detail, "  (kind %d; mean %.1f ms; %d reloads)", slowestOp, total / 2000, reloads);
+    Print("slowest of 2,000 random big edits, 10 MiB:", slowest, detail);
 
     s.ctl.reset();
     PumpMessages();

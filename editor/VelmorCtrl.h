@@ -400,7 +400,7 @@ private:
     void PostKeyNotification();
     void BlockOf(int& nFirst, int& nLast, int& nFirstCol) const;
     void EndBlockShift(CPoint a, CPoint c, int nDelta);
-    template <class Loop> void FrozenBlock(Loop loop, bool bDrawCaret);
+    template <class Loop> void FrozenBlock(Loop loop, bool bDrawCaret, bool bRecolouredAfter);
     void AbandonAction();
     CString SelectedText(int nMax = INT_MAX) const;
     int FindFrom(int nStartLine, int nEndLine, const wchar_t* pszWhat, int& nPos, unsigned short wFlags,

@@ -212,7 +212,7 @@ void CVelmor::InsertTab()
             _SetCursorPos(line == first ? col : 0, line);
             InsertString(tab, true);
         }
-    }, true);
+    }, true, false);
     EndBlockShift(a, c, tab.GetLength());
 }
 
@@ -237,7 +237,7 @@ void CVelmor::RemoveTab()
             k = UnindentCount(m_Text.LineRef(line), k, m_nTabSize);
             SetTextLine(m_Text.LineRef(line).Mid(k), line, false, true);
         }
-    }, false);
+    }, false, false);
     EndBlockShift(a, c, -k);
 }
 

@@ -6,12 +6,20 @@
 // not repainted nor the caret moved on the screen one line at a time (the
 // whole control is repainted when the block ends). bDrawCaret: the caret
 // is then shown where the loop left it, as line-by-line drawing would.
-template <class Loop> void CVelmor::FrozenBlock(Loop loop, bool bDrawCaret)
+// bRecolouredAfter: the caller recolours the whole text after the loop,
+// so the recolourings comment delimiters ask for can wait for its end.
+template <class Loop> void CVelmor::FrozenBlock(Loop loop, bool bDrawCaret, bool bRecolouredAfter)
 {
-    const bool bWasFrozen = m_bFrozen;
+    const bool bWasFrozen = m_bFrozen, bWasDeferring = m_Text.m_bDeferFullUpdate;
     m_bFrozen = true;
+    m_Text.m_bDeferFullUpdate = bWasDeferring || bRecolouredAfter;
     auto thaw = [&] {
         m_bFrozen = bWasFrozen;
+        m_Text.m_bDeferFullUpdate = bWasDeferring;
+        if (!bWasDeferring && m_Text.m_bFullUpdateDue) {
+            m_Text.m_bFullUpdateDue = false;
+            m_Text.FullUpdate();
+        }
         if (!m_bFrozen && m_bFrozenRepaint) {
             m_bFrozenRepaint = false;
             InvalidateAll(TRUE);

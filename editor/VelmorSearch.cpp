@@ -146,7 +146,7 @@ void CVelmor::CommentOutSelect()
                 FrozenBlock([&] {
                     for (int line = ay; line <= cy; ++line)
                         SetTextLine(LineCommentOut(m_Text.LineRef(line)), line, false, true);
-                }, false);
+                }, false, true);
             } else {
                 CString first = m_Text.LineRef(ay), last = m_Text.LineRef(cy);
                 first.Insert(m_ptAnchor.x, L"/*");
@@ -188,7 +188,7 @@ void CVelmor::UncommentSelected()
                     if (out != text)
                         SetTextLine(out, line, false, true);
                 }
-            }, false);
+            }, false, true);
         } else {
             const int c = m_Text.LineRef(cy).Find(L"*/", o + 2);
             if (c >= 0) {

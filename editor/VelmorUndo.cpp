@@ -132,7 +132,7 @@ void CVelmor::DoUndoRedo(std::stack<CUndoFrame>& from, std::stack<CUndoFrame>& t
     try {
         // Frozen: a line whose change recolours the whole text asks for the
         // whole repaint once, at the end, not once per line.
-        FrozenBlock([&] { to.push(ReplayUndoFrame(std::move(frame), target)); }, false);
+        FrozenBlock([&] { to.push(ReplayUndoFrame(std::move(frame), target)); }, false, false);
     } catch (...) {
         finish();
         DrawCursor(true);

@@ -2,13 +2,14 @@
 #include "ColourProgress.h"
 #include <iterator>
 #include <stdexcept>
+#include <typeinfo>
 
 namespace {
 [[noreturn]] void ThrowSubscript() { throw std::out_of_range("invalid vector<T> subscript"); }
 }
 
 CScriptText::CScriptText()
-    : m_nMaxLineLen(0), m_pColorizer(&m_DefColorizer), m_pProgress(new CColourProgress)
+    : m_nMaxLineLen(0), m_bDeferFullUpdate(false), m_bFullUpdateDue(false), m_pColorizer(&m_DefColorizer), m_pProgress(new CColourProgress)
 {
 }
 
@@ -155,7 +156,10 @@ int CScriptText::_SetLine(const CString& text, int nLine)
     m_pProgress->FlagCleared();
     if (nLine > 0 && !text.IsEmpty()) {
         if (text.Find(L"*/") >= 0 || text.Find(L"/*") >= 0) {
-            FullUpdate();
+            if (m_bDeferFullUpdate && typeid(*m_pColorizer) == typeid(CSampleColorizer))
+                m_bFullUpdateDue = true;
+            else
+                FullUpdate();
             return 1;
         }
         // The line above ends inside an open block comment: this whole line

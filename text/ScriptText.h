@@ -51,6 +51,16 @@ public:
     const std::vector<unsigned long>& _GetLineColors(int nLine) const;
 
     void FullUpdate();
+    // While set, the full recolouring that a line set with a comment
+    // delimiter calls for is only noted (m_bFullUpdateDue), when the
+    // colorizer is the library's sample one: its colours of a line depend
+    // on the line's entry state alone, and every line set is recoloured by
+    // the next full recolouring, so for a run of changes that ends with
+    // one (commenting a block out or in) one recolouring gives what one
+    // after each change gives. The setter calls FullUpdate when it clears
+    // the flag and one is due.
+    bool m_bDeferFullUpdate;
+    bool m_bFullUpdateDue;
     // Makes the next FullUpdate recolour every line (as lines are read),
     // for a colorizer whose colouring changed otherwise than by its words.
     void ForgetColours();

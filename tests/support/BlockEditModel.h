@@ -202,15 +202,33 @@ private:
                 m_b._InsertLine(lines[i], at + (int)i, bColor);
             Push(f);
         } else if (op == 4) {
-            // Lines changed one by one (an indent), maybe with a removal run.
+            // Lines changed one by one, downwards (a block indent, or a
+            // block commented out: then the block side defers the
+            // recolourings that delimiters ask for to the full recolouring
+            // at the end, as a frozen control does) or upwards (an undo
+            // step).
             CUndoFrame f;
             const int at = (int)b.Below((unsigned)n);
-            for (unsigned k = b.Below(20); k > 0 && at + (int)k - 1 < n; --k) {
-                const int line = at + (int)k - 1;
+            const bool bDefer = (b.Next() & 1) != 0;
+            m_a.m_bDeferFullUpdate = bDefer;
+            const int count = (int)b.Below(b.Below(4) == 0 ? 3000 : 20);
+            for (int k = 0; k < count; ++k) {
+                const int line = bDefer ? at + k : at + count - 1 - k;
+                if (line >= n)
+                    continue;
                 const CString s = MakeLine(b);
                 f.AddEntry(UndoEntry{m_a._GetLine(line), LineChanged, line, caret, anchor});
                 m_a._SetLine(s, line);
                 m_b._SetLine(s, line);
+            }
+            m_a.m_bDeferFullUpdate = false;
+            if (m_a.m_bFullUpdateDue) {
+                m_a.m_bFullUpdateDue = false;
+                m_a.FullUpdate();
+            }
+            if (bDefer) {
+                m_a.FullUpdate();
+                m_b.FullUpdate();
             }
             Push(f);
         } else if (op == 5) {
@@ -262,6 +280,17 @@ private:
             }
             if (m_a._GetLineColors(i) != m_b._GetLineColors(i)) {
                 why = where + ": colours of line " + std::to_string(i) + " differ";
+                if (getenv("BE_DUMP"))
+                    for (int k = 0; k <= i + 1 && k < n; ++k) {
+                        std::string t;
+                        for (int c = 0; c < m_a.LineRef(k).GetLength(); ++c)
+                            t += (char)m_a.LineRef(k)[c];
+                        fprintf(stderr, "%d [%s] a:", k, t.c_str());
+                        for (auto c : m_a._GetLineColors(k)) fprintf(stderr, " %lx", c);
+                        fprintf(stderr, " b:");
+                        for (auto c : m_b._GetLineColors(k)) fprintf(stderr, " %lx", c);
+                        fprintf(stderr, "\n");
+                    }
                 return false;
             }
         }

@@ -428,29 +428,46 @@ TEST(Clipboard, OddContents)
 // block), paste and selections, with undo and redo: every undo gives back
 // the text before its command, every redo the text after it.
 // VELMOR_SEED=<n> repeats a run.
-TEST(Keys, RandomEditingUndoesExactly)
+namespace {
+
+// FNV-1a over the text, so that a history of a 100,000-line text keeps a
+// few bytes a step.
+uint64_t Hash(const CString& s)
 {
-    unsigned seed = 77;
-    if (const char* s = std::getenv("VELMOR_SEED"))
-        seed = (unsigned)std::strtoul(s, nullptr, 10);
-    SCOPED_TRACE("seed " + std::to_string(seed) + " (set VELMOR_SEED to repeat)");
+    uint64_t h = 1469598103934665603ULL;
+    for (int i = 0; i < s.GetLength(); ++i)
+        h = (h ^ (uint16_t)s[i]) * 1099511628211ULL;
+    return h ^ (uint64_t)s.GetLength();
+}
+
+// Random commands, undo and redo, each undo and redo checked against the
+// text and caret recorded before the command. bBig: selections of up to
+// every line, cut, pastes of thousands of lines, block indents and
+// commenting over them.
+void RandomEditing(Ed& e, unsigned seed, int nOps, bool bBig)
+{
     std::mt19937 rng(seed);
-    Ed e(L"x = 1;\n  /* note */\ny = sin(x);\n");
     struct State
     {
-        CString text;
+        uint64_t text;
         CPoint caret, anchor;
     };
     std::vector<State> undo, redo;
-    auto state = [&] { return State{ e.Text(), e->GetCursorPos(), e->GetAnchorPos() }; };
+    auto state = [&] { return State{ Hash(e.Text()), e->GetCursorPos(), e->GetAnchorPos() }; };
     const wchar_t* const pastes[] = { L"ab", L"a\nb", L"\tc\r\n", L"/*", L"*/\n\n", L"" };
-    for (int op = 0; op < 4000; ++op) {
-        const unsigned what = rng() % 12;
-        if (what < 8) {
+    std::wstring bigPaste;
+    for (int i = 0; i < 3000; ++i)
+        bigPaste += i % 7 ? L"  pasted line\n" : L"/* c */ x\xD83D\xDE00\n";
+    for (int op = 0; op < nOps; ++op) {
+        const unsigned what = rng() % (bBig ? 16 : 12);
+        if (what < 8 || what >= 12) {
             // A command at a random place, maybe over a selection.
             const int n = e->GetLineCount();
             const int ay = (int)(rng() % (unsigned)n), cy = (int)(rng() % (unsigned)n);
-            e->SetSelection((int)(rng() % 12), ay, rng() % 3 ? (int)(rng() % 12) : 0, rng() % 3 ? ay : cy);
+            if (bBig && rng() % 4 == 0)
+                e->SetSelection(0, 0, 0, n - 1); // nearly everything
+            else
+                e->SetSelection((int)(rng() % 12), ay, rng() % 3 ? (int)(rng() % 12) : 0, rng() % 3 ? ay : cy);
             const State before = state();
             const size_t depth = e->m_UndoStack.size();
             switch (what) {
@@ -460,7 +477,11 @@ TEST(Keys, RandomEditingUndoesExactly)
             case 4: ::SendMessageW(e.hwnd(), WM_KEYDOWN, VK_DELETE, 1); break;
             case 5: ::SendMessageW(e.hwnd(), WM_CHAR, 9, 1); break;
             case 6: e->DecreaseIndent(); break;
-            default: e->ReplaceSelText(pastes[rng() % 6]); break;
+            case 7: e->ReplaceSelText(pastes[rng() % 6]); break;
+            case 12: ::SendMessageW(e.hwnd(), WM_COMMAND, ID_EDIT_CUT, 0); break;
+            case 13: e->ReplaceSelText(bigPaste.c_str()); break;
+            case 14: e->CommentOutSelect(); break;
+            default: e->UncommentSelected(); break;
             }
             redo.clear();
             if (e->m_UndoStack.size() > depth)
@@ -469,7 +490,7 @@ TEST(Keys, RandomEditingUndoesExactly)
             const State now = state();
             e->DoUndo();
             if (!undo.empty()) {
-                ASSERT_EQ(undo.back().text, e.Text()) << "undo at operation " << op;
+                ASSERT_EQ(undo.back().text, Hash(e.Text())) << "undo at operation " << op;
                 redo.push_back(now);
                 undo.pop_back();
             }
@@ -477,7 +498,7 @@ TEST(Keys, RandomEditingUndoesExactly)
             const State now = state();
             e->DoRedo();
             if (!redo.empty()) {
-                ASSERT_EQ(redo.back().text, e.Text()) << "redo at operation " << op;
+                ASSERT_EQ(redo.back().text, Hash(e.Text())) << "redo at operation " << op;
                 // The caret goes back to where it stood when the undo ran.
                 ASSERT_EQ(redo.back().caret, e->GetCursorPos()) << "redo at operation " << op;
                 undo.push_back(now);
@@ -485,6 +506,33 @@ TEST(Keys, RandomEditingUndoesExactly)
             }
         }
     }
+    // Everything undone gives the text back as it was loaded.
+    while (!undo.empty()) {
+        e->DoUndo();
+        ASSERT_EQ(undo.back().text, Hash(e.Text()));
+        undo.pop_back();
+    }
+}
+
+} // namespace
+
+TEST(Keys, RandomEditingUndoesExactly)
+{
+    unsigned seed = 77;
+    if (const char* s = std::getenv("VELMOR_SEED"))
+        seed = (unsigned)std::strtoul(s, nullptr, 10);
+    SCOPED_TRACE("seed " + std::to_string(seed) + " (set VELMOR_SEED to repeat)");
+    {
+        Ed e(L"x = 1;\n  /* note */\ny = sin(x);\n");
+        RandomEditing(e, seed, 4000, false);
+    }
+    // 100,000 lines: empty ones, comment delimiters, surrogate pairs.
+    std::wstring text;
+    for (int i = 0; i < 100000; ++i)
+        text += i % 5 == 0 ? L"\n" : i % 11 == 0 ? L"/* open\n" : i % 13 == 0 ? L"close */ y;\n"
+                                                  : i % 17 == 0 ? L"s = \"\xD83D\xDE00\";\n" : L"    x = x + 1;\n";
+    Ed e(text.c_str());
+    RandomEditing(e, seed, 300, true);
 }
 
 // Compact mode: KeyDown sees each key before the accelerators. Ctrl+A and
