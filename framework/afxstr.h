@@ -161,6 +161,16 @@ private:
 // runtime's own scans test one character per step).
 // The first of n characters at p equal to ch, or null.
 AFX_EXT_API const wchar_t* AFXAPI AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept;
+// Asks the processor to fetch a string's characters (its first two cache
+// lines) ahead of a scan that will read them.
+inline void AfxPrefetchText(const CString& s) noexcept
+{
+    const char* p = (const char*)s.GetString();
+    __builtin_prefetch(p);
+    __builtin_prefetch(p + 64);
+}
+// The first of p[0..n) that is a or b, or null.
+AFX_EXT_API const wchar_t* AFXAPI AfxFindEither(const wchar_t* p, size_t n, wchar_t a, wchar_t b) noexcept;
 // The length of the zero-terminated text at p; *pnLineFeeds receives the
 // number of line feeds (U+000A) in it.
 AFX_EXT_API size_t AFXAPI AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept;

@@ -9,6 +9,9 @@
 #include <cwchar>
 #include <new>
 #include <thread>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 // --- scanning ------------------------------------------------------------------
 
@@ -42,17 +45,43 @@ inline int PopCount(uint64_t v) noexcept
 
 const wchar_t* AFXAPI AfxFindChar(const wchar_t* p, size_t n, wchar_t ch) noexcept
 {
+    return AfxFindEither(p, n, ch, ch);
+}
+
+const wchar_t* AFXAPI AfxFindEither(const wchar_t* p, size_t n, wchar_t a, wchar_t b) noexcept
+{
     if constexpr (sizeof(wchar_t) == 2) {
-        const uint64_t pattern = 0x0001000100010001ULL * (uint16_t)ch;
-        for (; n >= 8; p += 8, n -= 8)
-            if (ZeroUnits(Load4(p) ^ pattern) | ZeroUnits(Load4(p + 4) ^ pattern))
-                break;
+#ifdef __SSE2__
+        // Eight units at a time (unaligned loads stay inside [p, p + n)).
+        const __m128i va = _mm_set1_epi16((short)a), vb = _mm_set1_epi16((short)b);
+        for (; n >= 8; p += 8, n -= 8) {
+            const __m128i v = _mm_loadu_si128((const __m128i*)p);
+            const int mask = _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi16(v, va), _mm_cmpeq_epi16(v, vb)));
+            if (mask)
+                return p + __builtin_ctz((unsigned)mask) / 2;
+        }
         for (; n > 0; ++p, --n)
-            if (*p == ch)
+            if (*p == a || *p == b)
                 return p;
         return nullptr;
+#else
+        const uint64_t pa = 0x0001000100010001ULL * (uint16_t)a, pb = 0x0001000100010001ULL * (uint16_t)b;
+        for (; n >= 8; p += 8, n -= 8)
+            if (ZeroUnits(Load4(p) ^ pa) | ZeroUnits(Load4(p + 4) ^ pa) | ZeroUnits(Load4(p) ^ pb) |
+                ZeroUnits(Load4(p + 4) ^ pb))
+                break;
+        for (; n > 0; ++p, --n)
+            if (*p == a || *p == b)
+                return p;
+        return nullptr;
+#endif
     } else {
-        return n ? std::wmemchr(p, ch, n) : nullptr;
+        if (a == b)
+            return n ? std::wmemchr(p, a, n) : nullptr;
+        for (; n > 0; ++p, --n)
+            if (*p == a || *p == b)
+                return p;
+        return nullptr;
     }
 }
 
