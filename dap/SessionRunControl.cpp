@@ -93,7 +93,12 @@ bool CDebugSession::CheckBreakpoints(const char* pszFile, int nLine)
         if (!bp.strCondition.empty()) {
             bool b = false;
             std::string err;
-            if (!Condition(bp.strCondition, b, err)) {
+            // Frames read for the condition are those of this statement
+            // only: the next reads them again.
+            ForgetStop();
+            const bool ok = Condition(bp.strCondition, b, err);
+            ForgetStop();
+            if (!ok) {
                 // A condition that cannot be evaluated stops, and says why.
                 SendOutput("console", "breakpoint condition '" + bp.strCondition + "' failed: " + err + "\n");
                 b = true;
@@ -106,7 +111,9 @@ bool CDebugSession::CheckBreakpoints(const char* pszFile, int nLine)
             return false;
         if (!bp.strLogMessage.empty()) {
             m_output.Drain();
+            ForgetStop();
             SendOutput("console", LogText(bp.strLogMessage) + "\n");
+            ForgetStop();
             return false;
         }
         Stop("breakpoint", "");

@@ -1,0 +1,6 @@
+define down (n)
+{
+   return down (n + 1);
+}
+message ("going down");
+() = down (0);
