@@ -82,7 +82,10 @@ bool CDebugSession::Initialise()
 {
     if (SLang_init_all() == -1 || SLang_init_import() == -1)
         return false;
+    // Error messages, and the lines that place them (file:line:function:)
+    // with their traceback, which S-Lang writes through its dump routine.
     SLang_Error_Hook = ErrorMessageHook;
+    SLang_Dump_Routine = ErrorMessageHook;
     std::string path = std::string(kSlshLibrary) + "/local-packages:" + kSlshLibrary;
     if (const char* env = getenv("SLSH_PATH"))
         path = std::string(env) + ":" + path;

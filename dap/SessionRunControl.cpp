@@ -13,6 +13,12 @@ bool IsAdapterFunction(const char* pszName)
     return pszName && strncmp(pszName, "__vdap_", 7) == 0;
 }
 
+// S-Lang's own limit is about 1,500 nested calls, where nothing more can be
+// called, not even to read the frames. The session ends a recursion a
+// little earlier, with S-Lang's stack overflow error, so that the error can
+// be shown with its frames.
+const int kMaxCallDepth = 1400;
+
 } // namespace
 
 void CDebugSession::Poll()
@@ -164,7 +170,8 @@ void CDebugSession::OnFunctionEntry(const char* pszName)
 {
     if (m_nInHelper || IsAdapterFunction(pszName))
         return;
-    ++m_nDepth;
+    if (++m_nDepth > kMaxCallDepth && !SLang_get_error())
+        SLang_verror(SL_StackOverflow_Error, (char*)"runaway recursion: %s is %d calls deep", pszName, m_nDepth);
 }
 
 void CDebugSession::OnFunctionExit(const char* pszName)
@@ -230,7 +237,9 @@ void CDebugSession::OnErrorMessage(const char* pszMessage)
         return;
     std::string text = pszMessage;
     m_output.Drain();
-    json body = {{"category", "stderr"}, {"output", text + "\n"}};
+    if (text.empty() || text.back() != '\n')
+        text += '\n';
+    json body = {{"category", "stderr"}, {"output", text}};
     // "file:line:function:message": the output points at its line.
     const size_t c1 = text.find(':');
     if (c1 != std::string::npos && c1 > 0) {

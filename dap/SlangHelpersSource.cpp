@@ -69,13 +69,16 @@ define __vdap_locals (d)
 % interpreter's or its shell's.
 define __vdap_globals (d)
 {
-   variable ns = _get_frame_info (d).namespace;
-   if ((ns == NULL) || (d <= 0)) ns = "Global";
+   variable ns = "Global";
+   if (d > 0)
+     ns = _get_frame_info (d).namespace;
+   if (ns == NULL) ns = "Global";
    variable names = _apropos ("Global", "", 8);
    if (ns != "Global")
      names = [names, _apropos (ns, "", 8)];
    names = names[where (array_map (Int_Type, &strncmp, names, "_", 1) != 0
                         and array_map (Int_Type, &strncmp, names, "$", 1) != 0)];
+   names = names[where (names != "SLSH_PATH_ENV")]; % the adapter's, for slsh's startup file
    names = names[array_sort (names)];
    if (length (names) > 1000) names = names[[0:999]];
    variable have = Char_Type[length (names)], vals = {}, i;

@@ -49,9 +49,13 @@ bool Call(const char* pszName, std::initializer_list<Arg> args, int& nResults, s
         }
     }
     if (SLang_end_arg_list() == -1 || SLexecute_function(guard) == -1) {
+        // S-Lang's user break is no AnyError: a try in the helper does not
+        // catch it (an evaluation past its time ends so).
+        const int err = SLang_get_error();
         SLang_set_error(0);
         DropAbove(depth0);
-        strError = "S-Lang could not run the adapter's helper " + std::string(pszName);
+        strError = err == SL_UserBreak_Error ? "User Break"
+                                             : "S-Lang could not run the adapter's helper " + std::string(pszName);
         return false;
     }
     char* err = nullptr;

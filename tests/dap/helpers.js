@@ -19,6 +19,12 @@ async function startClient(options = {}) {
   dc.defaultTimeout = options.timeout || 5000;
   const outputs = [];
   dc.on('output', (e) => outputs.push(e.body));
+  // exited and terminated come together: a wait for the second one,
+  // started after the first arrived, would miss it.
+  dc.seen = {};
+  for (const name of ['exited', 'terminated', 'continued', 'initialized'])
+    dc.on(name, (e) => { dc.seen[name] = e; });
+  dc.ended = async () => dc.seen.terminated || dc.waitForEvent('terminated');
   await dc.start();
   dc.outputs = outputs;
   dc.outputText = (category) =>

@@ -1,3 +1,4 @@
+define down ();
 define down (n)
 {
    return down (n + 1);
