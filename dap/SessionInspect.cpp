@@ -152,10 +152,6 @@ bool CDebugSession::EvaluateIn(int nFrameId, const std::string& strText, std::ve
             return false;
         depth = m_bPostMortem ? 0 : f->f.nDepth;
     }
-    if (!locals) {
-        std::string e;
-        SlangLocals(-1, locals, e); // no frame: no locals
-    }
     ++m_nInHelper;
     const bool bWasEvaluating = m_bEvaluating;
     m_bEvaluating = true;

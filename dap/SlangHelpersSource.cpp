@@ -179,7 +179,10 @@ define __vdap_child (v, i)
 % text, type, kind, count.
 define __vdap_children (v, start, count)
 {
-   variable t = typeof (v), i, n = length (v), keys = NULL, names = NULL;
+   variable t = typeof (v), i, n, keys = NULL, names = NULL;
+   if (not (is_struct_type (v) or (t == Array_Type) or (t == List_Type) or (t == Assoc_Type)))
+     throw InvalidParmError, "a value of $t has no children"$;
+   n = length (v);
    if (is_struct_type (v))
      {
         names = get_struct_field_names (v);
@@ -252,12 +255,14 @@ define __vdap_set_global (d, name, x)
 }
 
 % Evaluates the expression text where the code of frame d runs (d = 0:
-% the global namespace), the locals (a structure, see __vdap_locals)
-% visible as variables of their names. Returns the values it left, as a
+% the global namespace), the locals (a structure, see __vdap_locals, or
+% NULL) visible as variables of their names. Returns the values it left, as a
 % list.
 define __vdap_eval (d, expr, locals)
 {
-   variable decl = "", names = get_struct_field_names (locals), i;
+   variable decl = "", names = String_Type[0], i;
+   if (locals != NULL)
+     names = get_struct_field_names (locals);
    _for i (0, length (names) - 1, 1)
      decl += sprintf ("variable %s = get_struct_field (__vdap_l, \"%s\");", names[i], names[i]);
    variable ns = "";

@@ -143,4 +143,18 @@ test('stepping: over a call (breakpoints inside still stop), into it, out to the
   } finally {
     await dc.stop();
   }
+  // Stepping over a line that loads files (evalfile, require) does not stop
+  // in the files' code, which runs at the same call depth.
+  const dc2 = await startClient();
+  try {
+    const ev = await launchTo(dc2, { program: script('calls.sl'), stopOnEntry: true });
+    assert.equal(ev.body.reason, 'entry');
+    assert.deepEqual(await where(dc2), ['<top-level>:3']);
+    await resumeTo(dc2, dc2.nextRequest({ threadId: 1 }));
+    assert.deepEqual(await where(dc2), ['<top-level>:4']);
+    await resumeTo(dc2, dc2.nextRequest({ threadId: 1 }));
+    assert.deepEqual(await where(dc2), ['<top-level>:5']);
+  } finally {
+    await dc2.stop();
+  }
 });
