@@ -44,7 +44,7 @@ native: $(NATIVE)/build.ninja
 	cmake --build $(NATIVE) -j $(JOBS)
 
 asan: $(ASAN)/build.ninja
-	cmake --build $(ASAN) -j $(JOBS) --target native_tests dap_tests
+	cmake --build $(ASAN) -j $(JOBS) --target native_tests dap_tests velmor-slang-dap
 
 # The line search and the comment markers, and the engine's record walker
 # over random memory, under libFuzzer (clang, with
@@ -92,6 +92,7 @@ test: native asan win64 win32 examples fuzz
 	cd $(NATIVE) && ctest --output-on-failure
 	@scripts/install-deps
 	cd tests/dap && VELMOR_DAP=$(abspath $(NATIVE))/bin/velmor-slang-dap node --test
+	cd tests/dap && VELMOR_DAP=$(abspath $(ASAN))/bin/velmor-slang-dap node --test
 	cd $(ASAN) && ctest --output-on-failure
 	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) $(PKG32)
 	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) $(PKG64)

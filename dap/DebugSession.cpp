@@ -101,7 +101,10 @@ bool CDebugSession::Initialise()
     if (access(kSlshStartup, R_OK) == 0 && SLang_load_file((char*)kSlshStartup) != -1)
         SLang_load_string((char*)"if (is_defined (\"__slsh_startup_hook\")) eval (\"__slsh_startup_hook ();\");");
     SLang_set_error(0);
-    const bool ok = SLang_load_string((char*)SlangInspectSource()) != -1;
+    SLang_Any_Type* bos = nullptr;
+    const bool ok = SLang_load_string((char*)SlangInspectSource()) != -1 &&
+                    SLang_load_string((char*)"&__vdap_bos;") != -1 && SLang_pop_anytype(&bos) != -1;
+    m_bosRef = CSlangValue(bos);
     --m_nInHelper;
     SLang_Enter_Function = EnterHook;
     SLang_Exit_Function = ExitHook;
@@ -413,6 +416,8 @@ void CDebugSession::RunScript()
     SLang_restart(1);
     SLang_set_error(0);
     m_nDepth = 0;
+    m_calls.clear();
+    m_bHookOn = true;
     int code = 0;
     if (m_nExitCode >= 0)
         code = m_nExitCode;

@@ -16,11 +16,22 @@
 // of a shallower depth; step in stops at the next new line anywhere; step
 // out stops at the first line of a shallower depth. Breakpoints stop only
 // when a line is entered, not at each statement of a line.
+//
+// S-Lang's call of the statement hook costs several times a simple
+// statement, so, as in the engine's in-process run control, the hook is
+// removed inside a function that has run a while (64 statements) when no
+// stop is possible in it: none of its lines (read from its file's text)
+// holds a breakpoint, nothing is being stepped there, no pause or request
+// is waiting. It is installed again on every call, on a return to a
+// function that may stop, and at the entry of a block (each pass of a
+// loop) as soon as a stop becomes possible.
 #pragma once
 #include "Breakpoints.h"
 #include "DapProtocol.h"
 #include "OutputCapture.h"
 #include "SlangInspect.h"
+#include "engine/slang/SlangFunctionLines.h"
+#include <map>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -144,6 +155,24 @@ private:
     std::string m_strCacheFile;
     unsigned m_nCacheGeneration = ~0u;
     std::vector<CBreakpoint>* m_pCacheBreakpoints = nullptr;
+
+    // The script's calls, for the statement hook's removal.
+    struct Call
+    {
+        const char* pszName;
+        const char* pszFile = nullptr; // known at its first statement
+        const std::vector<std::pair<int, int>>* spans = nullptr;
+        bool bResolved = false;
+        bool bMayStop = true;
+        unsigned nGeneration = ~0u; // of the breakpoints bMayStop was found for
+        int nStatements = 0;
+    };
+    bool MayStopHere();
+    void SetStatementHook(bool bOn);
+    std::vector<Call> m_calls;
+    std::map<std::string, CSlangFunctionLines> m_functionLines; // by canonical path
+    bool m_bHookOn = true;
+    CSlangValue m_bosRef; // &__vdap_bos
 
     // While stopped.
     std::vector<Frame> m_frames;

@@ -3,6 +3,8 @@
 // and the wait at a stop.
 #include "DebugSession.h"
 #include <cstring>
+#include <fstream>
+#include <sstream>
 #include <slang.h>
 
 namespace {
@@ -18,6 +20,10 @@ bool IsAdapterFunction(const char* pszName)
 // little earlier, with S-Lang's stack overflow error, so that the error can
 // be shown with its frames.
 const int kMaxCallDepth = 1400;
+
+// Statements a function runs with the statement hook before the hook may
+// be removed: short functions never pay for the switch, loops do it once.
+const int kStatementsBeforeOff = 64;
 
 } // namespace
 
@@ -42,6 +48,31 @@ void CDebugSession::OnStatement(const char* pszFile, int nLine)
     if (m_bAbort) {
         SLang_set_error(SL_UserBreak_Error);
         return;
+    }
+    if (!m_calls.empty()) {
+        Call& c = m_calls.back();
+        if (!c.bResolved) {
+            c.bResolved = true;
+            c.pszFile = pszFile;
+            const std::string path = CanonicalPath(pszFile);
+            auto it = m_functionLines.find(path);
+            if (it == m_functionLines.end()) {
+                it = m_functionLines.emplace(path, CSlangFunctionLines()).first;
+                std::ifstream in(path, std::ios::binary);
+                std::stringstream text;
+                text << in.rdbuf();
+                if (in)
+                    it->second.Scan(text.str());
+            }
+            c.spans = it->second.IsRead() ? it->second.Find(c.pszName) : nullptr;
+        }
+        if (++c.nStatements > kStatementsBeforeOff) {
+            c.nStatements = 0;
+            if (!MayStopHere()) {
+                SetStatementHook(false);
+                return;
+            }
+        }
     }
     m_pCurFile = pszFile;
     m_nCurLine = nLine;
@@ -166,12 +197,53 @@ std::string CDebugSession::LogText(const std::string& strMessage)
     return text;
 }
 
+// Whether a statement of the running function could stop now (or must
+// reach the session): the top level, a function whose lines are not known
+// and any waiting request or pause always could.
+bool CDebugSession::MayStopHere()
+{
+    if (m_bPending || m_bPause || m_bAbort || m_bEntryPending || m_calls.empty())
+        return true;
+    if (m_step == Step::In || (m_step != Step::None && m_nDepth <= m_nStepDepth))
+        return true;
+    Call& c = m_calls.back();
+    if (!c.bResolved || !c.spans)
+        return true;
+    if (c.nGeneration != m_breakpoints.Generation()) {
+        c.nGeneration = m_breakpoints.Generation();
+        c.bMayStop = false;
+        if (const auto* bps = m_breakpoints.ForFile(CanonicalPath(c.pszFile)))
+            for (const CBreakpoint& bp : *bps)
+                for (const auto& span : *c.spans)
+                    c.bMayStop = c.bMayStop || (bp.nLine >= span.first && bp.nLine <= span.second);
+    }
+    return c.bMayStop;
+}
+
+// Installs or removes the statement hook (S-Lang's _set_bos_handler).
+void CDebugSession::SetStatementHook(bool bOn)
+{
+    SLang_Name_Type* set = SLang_get_function((char*)"_set_bos_handler");
+    const int depth0 = SLstack_depth();
+    ++m_nInHelper;
+    if (set && SLang_start_arg_list() != -1 && (bOn ? SLang_push_anytype(m_bosRef.Get()) : SLang_push_null()) != -1 &&
+        SLang_end_arg_list() != -1 && SLexecute_function(set) != -1)
+        m_bHookOn = bOn;
+    --m_nInHelper;
+    if (SLstack_depth() > depth0)
+        SLdo_pop_n((unsigned)(SLstack_depth() - depth0)); // the handler it replaced
+}
+
 void CDebugSession::OnFunctionEntry(const char* pszName)
 {
     if (m_nInHelper || IsAdapterFunction(pszName))
         return;
     if (++m_nDepth > kMaxCallDepth && !SLang_get_error())
         SLang_verror(SL_StackOverflow_Error, (char*)"runaway recursion: %s is %d calls deep", pszName, m_nDepth);
+    m_calls.push_back(Call{pszName});
+    // Where the callee's lines are is known at its first statement.
+    if (!m_bHookOn)
+        SetStatementHook(true);
 }
 
 void CDebugSession::OnFunctionExit(const char* pszName)
@@ -180,6 +252,10 @@ void CDebugSession::OnFunctionExit(const char* pszName)
         return;
     if (m_nDepth > 0)
         --m_nDepth;
+    if (!m_calls.empty())
+        m_calls.pop_back();
+    if (!m_bHookOn && MayStopHere())
+        SetStatementHook(true);
     // After a return the caller's line counts as new again (a loop that
     // calls a function on each pass stops at its breakpoint each time).
     m_pLastFile = nullptr;
@@ -194,6 +270,8 @@ void CDebugSession::OnInterrupt()
     }
     if (m_state != State::Running)
         return;
+    if (!m_bHookOn && MayStopHere())
+        SetStatementHook(true);
     if (m_bPending)
         Poll();
     if (m_bAbort) {

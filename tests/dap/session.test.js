@@ -158,3 +158,33 @@ test('stepping: over a call (breakpoints inside still stop), into it, out to the
     await dc2.stop();
   }
 });
+
+test('a breakpoint set while a long loop runs in a function stops there', async () => {
+  const dc = await startClient();
+  try {
+    const spin = script('spin.sl');
+    await dc.initializeRequest({ adapterID: 'slang' });
+    await dc.launchRequest({ program: spin });
+    // A breakpoint elsewhere in the file: none in spin's lines.
+    await dc.setBreakpointsRequest({ source: { path: spin }, breakpoints: [{ line: 4 }] });
+    await dc.configurationDoneRequest();
+    await new Promise((r) => setTimeout(r, 300));
+    const [ev, set] = await Promise.all([dc.waitForEvent('stopped'),
+      dc.setBreakpointsRequest({ source: { path: spin }, breakpoints: [{ line: 4 }, { line: 12 }] })]);
+    assert.deepEqual(set.body.breakpoints.map((b) => b.line), [4, 12]);
+    assert.equal(ev.body.reason, 'breakpoint');
+    const w = await where(dc);
+    assert.equal(w.length, 2);
+    assert.equal(w[0], 'spin:12');
+    const i = Number((await vars(dc, (await scopes(dc, 1)).Locals.variablesReference)).i.value);
+    assert.ok(i > 1000, `the loop ran a while first (i = ${i})`);
+    // And again on the next pass.
+    await resumeTo(dc, dc.continueRequest({ threadId: 1 }));
+    const j = Number((await vars(dc, (await scopes(dc, 1)).Locals.variablesReference)).i.value);
+    assert.equal(j, i + 1);
+    await dc.terminateRequest();
+    await dc.ended();
+  } finally {
+    await dc.stop();
+  }
+});
