@@ -234,7 +234,10 @@ void CDebugSession::Dispatch(const json& request)
         if (m_bPostMortem && cmd != "continue")
             throw CDapError("the script has ended with an error; only 'continue' (which ends the session) is possible");
         m_channel.Respond(request, cmd == "continue" ? json{{"allThreadsContinued", true}} : json::object());
-        Resume(cmd == "continue" ? Step::None : cmd == "next" ? Step::Over : cmd == "stepIn" ? Step::In : Step::Out);
+        Resume(cmd == "continue" ? CStepPlan::NONE
+               : cmd == "next"   ? CStepPlan::OVER
+               : cmd == "stepIn" ? CStepPlan::IN
+                                 : CStepPlan::OUT);
     } else if (cmd == "pause") {
         if (m_state != State::Running && m_state != State::Stopped)
             throw CDapError("'pause' needs a running script");
@@ -365,13 +368,9 @@ void CDebugSession::SetExceptionBreakpoints(const json& args)
     m_bBreakUncaught = uncaught;
 }
 
-void CDebugSession::Resume(Step step)
+void CDebugSession::Resume(CStepPlan::Kind nStep)
 {
-    m_step = step;
-    if (step != Step::None) {
-        m_nStepDepth = m_nDepth;
-        m_strStepFile = m_pCurFile ? m_pCurFile : "";
-    }
+    m_step.Begin(nStep, m_nDepth, m_pCurFile ? m_pCurFile : "");
     ForgetStop();
     m_state = m_bPostMortem ? State::Ended : State::Running;
     m_channel.Event("continued", {{"threadId", 1}, {"allThreadsContinued", true}});

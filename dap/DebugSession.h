@@ -10,11 +10,8 @@
 // stopped serves requests until one resumes the script. Values are read
 // only then, so S-Lang is only ever entered from this thread.
 //
-// Stepping is by call depth: the function hooks count the script's calls.
-// Step over stops at the next new line at the same depth (a file the
-// statement loads, at the same depth, is not the same code) or at any line
-// of a shallower depth; step in stops at the next new line anywhere; step
-// out stops at the first line of a shallower depth. Breakpoints stop only
+// Stepping is by call depth (Stepping.h): the function hooks count the
+// script's calls. Breakpoints stop only
 // when a line is entered, not at each statement of a line.
 //
 // S-Lang's call of the statement hook costs several times a simple
@@ -29,6 +26,7 @@
 #include "Breakpoints.h"
 #include "DapProtocol.h"
 #include "OutputCapture.h"
+#include "Stepping.h"
 #include "SlangInspect.h"
 #include "engine/slang/SlangFunctionLines.h"
 #include <map>
@@ -58,7 +56,6 @@ public:
 
 private:
     enum class State { Initial, Configuring, Running, Stopped, Ended };
-    enum class Step { None, In, Over, Out };
 
     // One variables reference: a value whose children are listed, and what
     // an assignment to a child writes.
@@ -87,7 +84,7 @@ private:
     json Evaluate(const json& args);
     json SetVariable(const json& args);
     json ExceptionInfo(const json& args);
-    void Resume(Step step);
+    void Resume(CStepPlan::Kind nStep);
     void Terminate();
     [[noreturn]] void Disconnect(const json& request);
 
@@ -141,9 +138,7 @@ private:
 
     // Run control.
     int m_nDepth = 0;
-    Step m_step = Step::None;
-    int m_nStepDepth = 0;
-    std::string m_strStepFile;
+    CStepPlan m_step;
     const char* m_pLastFile = nullptr;
     int m_nLastLine = -1, m_nLastDepth = -1;
     const char* m_pCurFile = "";

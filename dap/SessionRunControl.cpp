@@ -90,18 +90,9 @@ void CDebugSession::OnStatement(const char* pszFile, int nLine)
         Stop("entry");
         return;
     }
-    if (m_step != Step::None && bNewLine) {
-        bool bStop = false;
-        switch (m_step) {
-        case Step::In: bStop = true; break;
-        case Step::Over:
-            bStop = m_nDepth < m_nStepDepth || (m_nDepth == m_nStepDepth && m_strStepFile == pszFile);
-            break;
-        case Step::Out: bStop = m_nDepth < m_nStepDepth; break;
-        case Step::None: break;
-        }
-        if (bStop) {
-            m_step = Step::None;
+    if (m_step.Active() && bNewLine) {
+        if (m_step.StopsAt(m_nDepth, pszFile)) {
+            m_step.Clear();
             // A breakpoint on the line the step arrives at counts as hit.
             if (!CheckBreakpoints(pszFile, nLine))
                 Stop("step");
@@ -204,7 +195,7 @@ bool CDebugSession::MayStopHere()
 {
     if (m_bPending || m_bPause || m_bAbort || m_bEntryPending || m_calls.empty())
         return true;
-    if (m_step == Step::In || (m_step != Step::None && m_nDepth <= m_nStepDepth))
+    if (m_step.MayStopAt(m_nDepth))
         return true;
     Call& c = m_calls.back();
     if (!c.bResolved || !c.spans)
@@ -342,7 +333,7 @@ void CDebugSession::Stop(const char* pszReason, const std::string& strText)
 {
     m_output.Drain();
     m_state = State::Stopped;
-    m_step = Step::None;
+    m_step.Clear();
     json body = {{"reason", pszReason}, {"threadId", 1}, {"allThreadsStopped", true}};
     if (!strText.empty())
         body["text"] = strText;

@@ -188,3 +188,30 @@ test('a breakpoint set while a long loop runs in a function stops there', async 
     await dc.stop();
   }
 });
+
+test('stepping in a recursive function keeps to its own call', async () => {
+  const dc = await startClient();
+  try {
+    const fact = script('fact.sl');
+    await launchTo(dc, { program: fact }, { [fact]: [{ line: 4, condition: 'n == 3' }] });
+    assert.deepEqual(await where(dc), ['fact:4', 'fact:6', '<top-level>:9']);
+    await dc.setBreakpointsRequest({ source: { path: fact }, breakpoints: [] });
+    await resumeTo(dc, dc.nextRequest({ threadId: 1 }));
+    await resumeTo(dc, dc.nextRequest({ threadId: 1 }));
+    assert.deepEqual(await where(dc), ['fact:6', 'fact:6', '<top-level>:9']);
+    // Over the recursive call: fact (2) and fact (1) run whole.
+    await resumeTo(dc, dc.nextRequest({ threadId: 1 }));
+    assert.deepEqual(await where(dc), ['fact:7', 'fact:6', '<top-level>:9']);
+    let r = await dc.evaluateRequest({ expression: 'below', frameId: 1, context: 'watch' });
+    assert.equal(r.body.result, '2');
+    // Out: fact (4) goes on, below still 1 there until fact (3) returns.
+    await resumeTo(dc, dc.stepOutRequest({ threadId: 1 }));
+    assert.deepEqual(await where(dc), ['fact:7', '<top-level>:9']);
+    r = await dc.evaluateRequest({ expression: 'below', frameId: 1, context: 'watch' });
+    assert.equal(r.body.result, '6');
+    await resumeTo(dc, dc.continueRequest({ threadId: 1 }), 'terminated');
+    assert.match(dc.outputText('stdout'), /fact \(4\) = 24/);
+  } finally {
+    await dc.stop();
+  }
+});
