@@ -370,7 +370,7 @@ void CDebugSession::SetExceptionBreakpoints(const json& args)
 
 void CDebugSession::Resume(CStepPlan::Kind nStep)
 {
-    m_step.Begin(nStep, m_nDepth, m_pCurFile ? m_pCurFile : "");
+    m_step.Begin(nStep, m_nDepth, m_nCurLevel);
     ForgetStop();
     m_state = m_bPostMortem ? State::Ended : State::Running;
     m_channel.Event("continued", {{"threadId", 1}, {"allThreadsContinued", true}});
@@ -416,6 +416,7 @@ void CDebugSession::RunScript()
     SLang_set_error(0);
     m_nDepth = 0;
     m_calls.clear();
+    m_loadLevels.Clear();
     m_bHookOn = true;
     int code = 0;
     if (m_nExitCode >= 0)

@@ -139,6 +139,8 @@ private:
     // Run control.
     int m_nDepth = 0;
     CStepPlan m_step;
+    CLoadLevels m_loadLevels;
+    int m_nCurLevel = 1; // of the last statement
     const char* m_pLastFile = nullptr;
     int m_nLastLine = -1, m_nLastDepth = -1;
     const char* m_pCurFile = "";

@@ -77,6 +77,8 @@ void CDebugSession::OnStatement(const char* pszFile, int nLine)
     m_pCurFile = pszFile;
     m_nCurLine = nLine;
     const bool bNewLine = pszFile != m_pLastFile || nLine != m_nLastLine || m_nDepth != m_nLastDepth;
+    if (pszFile != m_pLastFile || m_nDepth != m_nLastDepth)
+        m_nCurLevel = m_loadLevels.OnStatement(m_nDepth, pszFile);
     m_pLastFile = pszFile;
     m_nLastLine = nLine;
     m_nLastDepth = m_nDepth;
@@ -91,7 +93,7 @@ void CDebugSession::OnStatement(const char* pszFile, int nLine)
         return;
     }
     if (m_step.Active() && bNewLine) {
-        if (m_step.StopsAt(m_nDepth, pszFile)) {
+        if (m_step.StopsAt(m_nDepth, m_nCurLevel)) {
             m_step.Clear();
             // A breakpoint on the line the step arrives at counts as hit.
             if (!CheckBreakpoints(pszFile, nLine))
@@ -232,6 +234,8 @@ void CDebugSession::OnFunctionEntry(const char* pszName)
     if (++m_nDepth > kMaxCallDepth && !SLang_get_error())
         SLang_verror(SL_StackOverflow_Error, (char*)"runaway recursion: %s is %d calls deep", pszName, m_nDepth);
     m_calls.push_back(Call{pszName});
+    m_loadLevels.NewCall(m_nDepth);
+    m_pLastFile = nullptr; // the callee's first statement is a new place
     // Where the callee's lines are is known at its first statement.
     if (!m_bHookOn)
         SetStatementHook(true);

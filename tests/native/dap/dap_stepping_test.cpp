@@ -1,6 +1,6 @@
 // Where steps stop on a trace of statements as S-Lang's hooks report them:
-// each statement is (depth, file); a step starts at one and stops at the
-// first later one its plan accepts.
+// each statement is (depth, file), its load level found by CLoadLevels; a
+// step starts at one and stops at the first later one its plan accepts.
 #include "dap/Stepping.h"
 #include <gtest/gtest.h>
 #include <vector>
@@ -29,13 +29,23 @@ const std::vector<Statement> kTrace = {
     {0, "main.sl"},                    // 13  the statement after require
 };
 
+std::vector<int> Levels(const std::vector<Statement>& trace)
+{
+    CLoadLevels levels;
+    std::vector<int> out;
+    for (const Statement& s : trace)
+        out.push_back(levels.OnStatement(s.depth, s.file));
+    return out;
+}
+
 // The index where a step begun at statement `from` stops, -1 for none.
 int StopOf(CStepPlan::Kind kind, size_t from)
 {
+    const std::vector<int> level = Levels(kTrace);
     CStepPlan plan;
-    plan.Begin(kind, kTrace[from].depth, kTrace[from].file);
+    plan.Begin(kind, kTrace[from].depth, level[from]);
     for (size_t i = from + 1; i < kTrace.size(); ++i)
-        if (plan.StopsAt(kTrace[i].depth, kTrace[i].file))
+        if (plan.StopsAt(kTrace[i].depth, level[i]))
             return (int)i;
     return -1;
 }
@@ -60,18 +70,24 @@ TEST(DapStepping, OverInOutByDepth)
     EXPECT_EQ(StopOf(CStepPlan::OUT, 1), 9);
     // Out of the top level: nothing shallower, the script runs to its end.
     EXPECT_EQ(StopOf(CStepPlan::OUT, 0), -1);
-    // Over inside lib.sl's top level: its next line, then back in main.sl.
+    // Over inside lib.sl's top level: its next line, then back in main.sl,
+    // whose require has ended; out of lib.sl: main.sl too.
     EXPECT_EQ(StopOf(CStepPlan::OVER, 10), 11);
-    EXPECT_EQ(StopOf(CStepPlan::OVER, 11), -1); // main.sl at depth 0 is another file's code
+    EXPECT_EQ(StopOf(CStepPlan::OVER, 11), 13);
+    EXPECT_EQ(StopOf(CStepPlan::OUT, 10), 13);
+    EXPECT_EQ(Levels(kTrace), (std::vector<int>{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 2, 2, 1, 1}));
+    // Files loading files: a.sl loads b.sl, which loads c.sl; both end.
+    EXPECT_EQ(Levels({{0, "a"}, {0, "b"}, {0, "c"}, {0, "c"}, {0, "b"}, {0, "a"}, {0, "d"}}),
+              (std::vector<int>{1, 2, 3, 3, 2, 1, 2}));
     // The hook must stay on where a step can stop.
     CStepPlan plan;
-    plan.Begin(CStepPlan::OVER, 2, "main.sl");
+    plan.Begin(CStepPlan::OVER, 2, 1);
     EXPECT_TRUE(plan.MayStopAt(2));
     EXPECT_TRUE(plan.MayStopAt(1));
     EXPECT_FALSE(plan.MayStopAt(3));
-    plan.Begin(CStepPlan::IN, 2, "main.sl");
+    plan.Begin(CStepPlan::IN, 2, 1);
     EXPECT_TRUE(plan.MayStopAt(7));
     plan.Clear();
     EXPECT_FALSE(plan.MayStopAt(0));
-    EXPECT_FALSE(plan.StopsAt(0, "main.sl"));
+    EXPECT_FALSE(plan.StopsAt(0, 1));
 }
