@@ -94,6 +94,7 @@ private:
     void Poll();
     void Stop(const char* pszReason, const std::string& strText = std::string());
     void PostMortemStop();
+    static std::string ExceptionText(const CSlangException& e);
     bool CheckBreakpoints(const char* pszFile, int nLine);
     bool Condition(const std::string& strText, bool& bValue, std::string& strError);
     std::string LogText(const std::string& strMessage);

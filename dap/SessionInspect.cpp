@@ -246,12 +246,12 @@ json CDebugSession::ExceptionInfo(const json& args)
         throw CDapError("the script is not stopped on an error");
     const CSlangException& e = m_exception;
     const std::string where = e.strFile + ":" + std::to_string(e.nLine);
-    return {{"exceptionId", e.strDescription},
+    return {{"exceptionId", e.strName.empty() ? e.strDescription : e.strName},
             {"description", e.strMessage + " (" + where + (e.strFunction.empty() ? "" : ", in " + e.strFunction) + ")"},
             {"breakMode", m_bPostMortem ? "unhandled" : "always"},
             {"details",
              {{"message", e.strMessage},
-              {"typeName", e.strDescription},
+              {"typeName", e.strName.empty() ? e.strDescription : e.strName},
               {"source", e.strFile},
               {"line", e.nLine},
               {"stackTrace", where}}}};

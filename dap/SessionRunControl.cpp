@@ -227,6 +227,11 @@ void CDebugSession::SetStatementHook(bool bOn)
         SLdo_pop_n((unsigned)(SLstack_depth() - depth0)); // the handler it replaced
 }
 
+std::string CDebugSession::ExceptionText(const CSlangException& e)
+{
+    return (e.strName.empty() ? e.strDescription : e.strName) + ": " + e.strMessage;
+}
+
 void CDebugSession::OnFunctionEntry(const char* pszName)
 {
     if (m_nInHelper || IsAdapterFunction(pszName))
@@ -300,7 +305,7 @@ void CDebugSession::OnError(const char* pszFile, int nLine)
     }
     --m_nInHelper;
     if (m_bBreakAll && m_bHaveException) {
-        Stop("exception", m_exception.strDescription + ": " + m_exception.strMessage);
+        Stop("exception", ExceptionText(m_exception));
     }
 }
 
@@ -360,6 +365,6 @@ void CDebugSession::Stop(const char* pszReason, const std::string& strText)
 void CDebugSession::PostMortemStop()
 {
     m_bPostMortem = true;
-    Stop("exception", m_bHaveException ? m_exception.strDescription + ": " + m_exception.strMessage : "S-Lang error");
+    Stop("exception", m_bHaveException ? ExceptionText(m_exception) : "S-Lang error");
     m_bPostMortem = false;
 }

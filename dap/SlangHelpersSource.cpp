@@ -281,7 +281,25 @@ define __vdap_pop_all (n)
    return __pop_list (n);
 }
 
-% The error under way: its description, message, file, line and function.
+% The name of an exception (IndexError...): the variable that holds its
+% number ("" when none does).
+private define vdap_exception_name (code)
+{
+   variable n;
+   foreach n (_apropos ("Global", "Error$", 0xF))
+     {
+        variable r = __get_reference (n);
+        if ((r == NULL) || __is_callable (r) || (0 == __is_initialized (r)))
+          continue;
+        variable v = @r;
+        if ((typeof (v) == Int_Type) && (v == code))
+          return n;
+     }
+   return "";
+}
+
+% The error under way: its description, message, file, line, function,
+% number and name.
 define __vdap_exception ()
 {
    variable e = __get_exception_info ();
@@ -293,7 +311,8 @@ define __vdap_exception ()
    if (msg == NULL) msg = e.descr;
    variable file = e.file;
    if (file == NULL) file = "";
-   return [string (e.descr), string (msg), file, string (e.line), fn, string (e.error)];
+   return [string (e.descr), string (msg), file, string (e.line), fn, string (e.error),
+           vdap_exception_name (e.error)];
 }
 
 % The script's frames with their locals, kept when an error is raised so

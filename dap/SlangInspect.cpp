@@ -260,7 +260,7 @@ bool SlangCurrentException(CSlangException& e)
 {
     std::vector<std::string> s;
     std::string err;
-    if (!CallStrings("__vdap_exception", {}, s, err) || s.size() != 6)
+    if (!CallStrings("__vdap_exception", {}, s, err) || s.size() != 7)
         return false;
     e.strDescription = s[0];
     e.strMessage = s[1];
@@ -268,6 +268,7 @@ bool SlangCurrentException(CSlangException& e)
     e.nLine = atoi(s[3].c_str());
     e.strFunction = s[4];
     e.nCode = atoi(s[5].c_str());
+    e.strName = s[6];
     return true;
 }
 

@@ -50,6 +50,7 @@ struct CSlangValueText
 struct CSlangException
 {
     std::string strDescription, strMessage, strFile, strFunction;
+    std::string strName; // IndexError...; "" when not known
     int nLine = 0;
     int nCode = 0;
 };

@@ -14,13 +14,13 @@ test('an uncaught error stops where it was raised, with its frames and locals; e
   try {
     const ev = await launchTo(dc, { program: script('errors.sl') });
     assert.equal(ev.body.reason, 'exception');
-    assert.match(ev.body.text, /Invalid Index/);
+    assert.equal(ev.body.text, 'IndexError: Invalid Index');
     // The caught error of careful() did not stop.
     assert.deepEqual(await where(dc), ['fetch:17', '<top-level>:22']);
     assert.equal((await vars(dc, (await scopes(dc, 1)).Locals.variablesReference)).where.value, '"fetch"');
     const info = await dc.exceptionInfoRequest({ threadId: 1 });
     assert.equal(info.body.breakMode, 'unhandled');
-    assert.match(info.body.exceptionId, /Invalid Index/);
+    assert.equal(info.body.exceptionId, 'IndexError');
     assert.match(info.body.description, /errors\.sl:17/);
     assert.equal(info.body.details.line, 17);
     // The script has ended: it cannot be stepped, only continued to its end.
@@ -46,6 +46,7 @@ test('the "all" filter stops at caught errors too, while the script runs', async
     const info = await dc.exceptionInfoRequest({ threadId: 1 });
     assert.equal(info.body.breakMode, 'always');
     assert.match(info.body.details.message, /handled here/);
+    assert.equal(info.body.exceptionId, 'RunTimeError');
     // Stepping from a caught error goes on in the catch.
     await resumeTo(dc, dc.nextRequest({ threadId: 1 }));
     assert.equal((await where(dc))[0], 'careful:10'); // the catch clause
