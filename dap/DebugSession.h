@@ -64,6 +64,11 @@ private:
         CSlangValue value;
         enum Kind { VALUE, LOCALS, GLOBALS } nKind = VALUE;
         int nDepth = 0; // GLOBALS: the frame whose namespace is written
+        // The expression that gives the value ("" when none does), from
+        // which its children's expressions are made (evaluateName).
+        std::string strExpression;
+        int nKind_ = 0; // SlangValueKind of the value
+        bool bLinear = false; // an array of more than one dimension
     };
     struct Frame
     {
@@ -103,10 +108,13 @@ private:
 
     // Values while stopped.
     void ForgetStop();
-    int AddHandle(CSlangValue&& v, VarHandle::Kind nKind, int nDepth);
+    int AddHandle(CSlangValue&& v, VarHandle::Kind nKind, int nDepth, const std::string& strExpression = std::string(),
+                  const CSlangValueText* pText = nullptr);
+    static std::string ChildExpression(const VarHandle& h, const std::string& strChild);
     const Frame* FrameById(int nId);
     bool FrameLocals(const Frame& f, CSlangValue& locals, std::string& strError);
-    json VariableJson(const std::string& strName, const CSlangValueText& t, CSlangValue&& v);
+    json VariableJson(const std::string& strName, const CSlangValueText& t, CSlangValue&& v,
+                      const std::string& strExpression);
     bool EvaluateIn(int nFrameId, const std::string& strText, std::vector<CSlangValue>& results, std::string& strError);
 
     CDapChannel& m_channel;

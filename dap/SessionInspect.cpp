@@ -26,12 +26,18 @@ void CDebugSession::ForgetStop()
     m_bFramesRead = false;
 }
 
-int CDebugSession::AddHandle(CSlangValue&& v, VarHandle::Kind nKind, int nDepth)
+int CDebugSession::AddHandle(CSlangValue&& v, VarHandle::Kind nKind, int nDepth, const std::string& strExpression,
+                             const CSlangValueText* pText)
 {
     auto h = std::make_unique<VarHandle>();
     h->value = std::move(v);
     h->nKind = nKind;
     h->nDepth = nDepth;
+    h->strExpression = strExpression;
+    if (pText) {
+        h->nKind_ = pText->nKind;
+        h->bLinear = pText->nKind == SLV_ARRAY && pText->strValue.find(',') != std::string::npos;
+    }
     m_handles.push_back(std::move(h));
     return (int)m_handles.size();
 }
@@ -104,11 +110,27 @@ json CDebugSession::Scopes(const json& args)
     return {{"scopes", scopes}};
 }
 
-json CDebugSession::VariableJson(const std::string& strName, const CSlangValueText& t, CSlangValue&& v)
+// A child's expression: x.field, x[i], x["key"]; the name itself in a
+// scope; "" when the parent has none or S-Lang indexes it otherwise.
+std::string CDebugSession::ChildExpression(const VarHandle& h, const std::string& strChild)
+{
+    if (h.nKind == VarHandle::LOCALS || h.nKind == VarHandle::GLOBALS)
+        return strChild;
+    if (h.strExpression.empty() || h.bLinear)
+        return std::string();
+    if (h.nKind_ == SLV_STRUCT)
+        return h.strExpression + "." + strChild;
+    return h.strExpression + strChild; // "[i]"
+}
+
+json CDebugSession::VariableJson(const std::string& strName, const CSlangValueText& t, CSlangValue&& v,
+                                 const std::string& strExpression)
 {
     json j = {{"name", strName}, {"value", t.strValue}, {"type", t.strType}, {"variablesReference", 0}};
+    if (!strExpression.empty())
+        j["evaluateName"] = strExpression;
     if (t.nKind != SLV_PLAIN && v) {
-        j["variablesReference"] = AddHandle(std::move(v), VarHandle::VALUE, 0);
+        j["variablesReference"] = AddHandle(std::move(v), VarHandle::VALUE, 0, strExpression, &t);
         if (t.nKind == SLV_ARRAY || t.nKind == SLV_LIST)
             j["indexedVariables"] = t.nCount;
         else
@@ -136,7 +158,12 @@ json CDebugSession::Variables(const json& args)
         CSlangValue child;
         if (children[i].nKind != SLV_PLAIN && !SlangChild(h.value, start + (long long)i, child, err))
             child = CSlangValue();
-        vars.push_back(VariableJson(children[i].strName, children[i], std::move(child)));
+        std::string expr;
+        if (h.nKind_ == SLV_ASSOC)
+            expr = h.strExpression.empty() ? "" : h.strExpression + "[" + children[i].strName + "]";
+        else
+            expr = ChildExpression(h, children[i].strName);
+        vars.push_back(VariableJson(children[i].strName, children[i], std::move(child), expr));
     }
     return {{"variables", vars}};
 }
@@ -177,7 +204,7 @@ json CDebugSession::Evaluate(const json& args)
         CSlangValueText t;
         if (!SlangDescribe(results[0], t, err))
             throw CDapError(err);
-        json v = VariableJson(text, t, std::move(results[0]));
+        json v = VariableJson(text, t, std::move(results[0]), "(" + text + ")");
         return {{"result", v["value"]},
                 {"type", v["type"]},
                 {"variablesReference", v["variablesReference"]},
@@ -235,7 +262,7 @@ json CDebugSession::SetVariable(const json& args)
     CSlangValueText t;
     if (!SlangDescribe(results[0], t, err))
         throw CDapError(err);
-    json v = VariableJson(name, t, std::move(results[0]));
+    json v = VariableJson(name, t, std::move(results[0]), std::string());
     v.erase("name");
     return v;
 }

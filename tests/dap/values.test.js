@@ -47,6 +47,15 @@ test('variables: locals and globals, arrays by page, structures, lists, associat
     assert.equal(inner['[1]'].value, 'Integer_Type[2]');
     const ages = await vars(dc, g.ages.variablesReference);
     assert.deepEqual(ages.$list.map((v) => `${v.name}=${v.value}`), ['"ann"=31', '"bob"=42']);
+    // Each value names the expression that gives it, and evaluating that
+    // expression gives the value again.
+    const named = [g.big, page['[99995]'], (await vars(dc, g.self.variablesReference)).next, ages['"bob"'], inner['[1]']];
+    assert.deepEqual(named.map((v) => v.evaluateName), ['big', 'big[99995]', 'self.next', 'ages["bob"]', 'items[2][1]']);
+    for (const v of named) {
+      const r = await dc.evaluateRequest({ expression: v.evaluateName, frameId: 1, context: 'watch' });
+      assert.equal(r.body.result, v.value, v.evaluateName);
+    }
+    assert.equal((await vars(dc, g.grid.variablesReference)).$list[0].evaluateName, undefined);
     // Long strings are cut.
     assert.ok(g.long_text.value.length < 1100 && g.long_text.value.endsWith('...'));
     // References die when the script resumes.
