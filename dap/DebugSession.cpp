@@ -63,9 +63,6 @@ void ExitIntrinsic()
 const char kSlshLibrary[] = "/usr/share/slsh";
 const char kSlshStartup[] = "/etc/slsh.rc";
 
-const char* const kCapabilityNotes =
-    "Capabilities are those of stock S-Lang 2.3's hooks; see docs/debugging.md";
-
 } // namespace
 
 CDebugSession::CDebugSession(CDapChannel& channel) : m_channel(channel)
@@ -259,7 +256,6 @@ void CDebugSession::Dispatch(const json& request)
 json CDebugSession::Initialize(const json& args)
 {
     m_bLinesStartAt1 = args.value("linesStartAt1", true);
-    (void)kCapabilityNotes;
     return {{"supportsConfigurationDoneRequest", true},
             {"supportsConditionalBreakpoints", true},
             {"supportsHitConditionalBreakpoints", true},

@@ -1,13 +1,9 @@
-// Errors of the script and of the client: exception stops, syntax errors,
-// output, exit codes, pause, terminate, disconnect, bad input, and the
-// adapter's TCP modes.
+// Errors and ends of the script: exception stops, syntax errors, output,
+// exit codes, stopOnEntry, pause, terminate, runaway recursion.
 'use strict';
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const cp = require('node:child_process');
-const net = require('node:net');
-const { ADAPTER, SCRIPTS, script, startClient, launchTo, resumeTo, where, vars, scopes, expectError } = require('./helpers');
-const { DebugClient } = require('@vscode/debugadapter-testsupport');
+const { SCRIPTS, script, startClient, launchTo, resumeTo, where, vars, scopes, expectError } = require('./helpers');
 
 test('an uncaught error stops where it was raised, with its frames and locals; exceptionInfo tells it', async () => {
   const dc = await startClient();

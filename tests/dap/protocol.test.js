@@ -8,7 +8,7 @@ const cp = require('node:child_process');
 const net = require('node:net');
 const fs = require('node:fs');
 const { DebugClient } = require('@vscode/debugadapter-testsupport');
-const { ADAPTER, script, startClient, launchTo, resumeTo, where, expectError } = require('./helpers');
+const { ADAPTER, script, startClient, launchTo, where, expectError } = require('./helpers');
 
 // A raw client: writes bytes, reads framed messages.
 function rawClient(stream, out = stream) {

@@ -2,7 +2,7 @@
 'use strict';
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { script, startClient, launchTo, resumeTo, frames, where, vars, scopes, expectError } = require('./helpers');
+const { script, startClient, launchTo, resumeTo, frames, where, vars, scopes } = require('./helpers');
 
 test('initialize answers the capabilities the adapter has', async () => {
   const dc = await startClient();
