@@ -44,7 +44,7 @@ native: $(NATIVE)/build.ninja
 	cmake --build $(NATIVE) -j $(JOBS)
 
 asan: $(ASAN)/build.ninja
-	cmake --build $(ASAN) -j $(JOBS) --target native_tests
+	cmake --build $(ASAN) -j $(JOBS) --target native_tests dap_tests velmor-slang-dap
 
 # The line search and the comment markers, the engine's record walker over
 # random memory, and big edits with undo and redo against one line at a
@@ -92,11 +92,15 @@ examples: package
 	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG32)) >/dev/null
 	cmake --build $(EXAMPLE32)
 
-# Native tests; the packages and the i686 exception path, checked on their
+# Native tests; the debug adapter's protocol tests (node's test runner
+# driving the adapter through DebugClient); the packages and the i686 exception path, checked on their
 # binaries; then every Windows test and the x86_64 example host under a
 # private headless Wine session.
 test: native asan win64 win32 examples fuzz
 	cd $(NATIVE) && ctest --output-on-failure
+	@scripts/install-deps
+	cd tests/dap && VELMOR_DAP=$(abspath $(NATIVE))/bin/velmor-slang-dap node --test
+	cd tests/dap && VELMOR_DAP=$(abspath $(ASAN))/bin/velmor-slang-dap node --test
 	cd $(ASAN) && ctest --output-on-failure
 	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) $(PKG32)
 	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) $(PKG64)

@@ -1,0 +1,2 @@
+variable started = 1;
+while (1) {}

@@ -1,0 +1,5 @@
+variable spins = 0;
+while (1)
+  {
+     spins++;
+  }

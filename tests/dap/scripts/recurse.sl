@@ -1,0 +1,7 @@
+define down ();
+define down (n)
+{
+   return down (n + 1);
+}
+message ("going down");
+() = down (0);

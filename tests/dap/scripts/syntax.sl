@@ -1,0 +1,3 @@
+variable a = 1;
+variable b = ;
+message ("unreachable");
