@@ -2,6 +2,7 @@
 // selection with a text, select all, and the enabling of those commands.
 #include "VelmorCtrl.h"
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 namespace {
@@ -17,6 +18,46 @@ struct ClipboardCloser
     }
 };
 
+// The text from s to e (s first), lines joined with CR LF, at most nMax
+// characters of it: written to dst when dst is not null; the count is
+// returned either way. Lines are read in place, so a copy of the whole
+// document makes no string per line.
+size_t WriteRange(const CScriptText& store, CPoint s, CPoint e, wchar_t* dst, size_t nMax)
+{
+    const int n = (int)store._GetSize();
+    size_t count = 0;
+    auto put = [&](const wchar_t* p, size_t len) {
+        len = std::min(len, nMax - count);
+        if (dst && len)
+            std::memcpy(dst + count, p, len * sizeof(wchar_t));
+        count += len;
+    };
+    // nCount characters from column nFirst, both clamped to the line as
+    // CString's Mid clamps them (the count is not shortened by a start
+    // left of column 0).
+    auto mid = [&](int y, int nFirst, long long nCount) {
+        if (y < 0 || y >= n)
+            return;
+        const CString& line = store.LineRef(y);
+        const int len = line.GetLength();
+        const int from = std::max(0, std::min(nFirst, len));
+        const long long k = std::max(0LL, std::min(nCount, (long long)(len - from)));
+        put(line.GetString() + from, (size_t)k);
+    };
+    if (s.y == e.y) {
+        mid(s.y, s.x, (long long)e.x - s.x);
+        return count;
+    }
+    mid(s.y, s.x, LLONG_MAX);
+    put(L"\r\n", 2);
+    for (int y = s.y + 1; y < e.y && count < nMax; ++y) {
+        mid(y, 0, LLONG_MAX);
+        put(L"\r\n", 2);
+    }
+    mid(e.y, 0, e.x);
+    return count;
+}
+
 } // namespace
 
 // The selected text, lines joined with CR LF; only its first nMax
@@ -27,19 +68,12 @@ CString CVelmor::SelectedText(int nMax) const
     CPoint s = m_ptAnchor, e = m_ptCursor;
     if (e.y < s.y || (e.y == s.y && e.x < s.x))
         std::swap(s, e);
-    const int n = (int)m_Text._GetSize();
-    auto line = [&](int y) { return y >= 0 && y < n ? m_Text.LineRef(y) : CString(); };
-    if (s.y == e.y)
-        return line(s.y).Mid(s.x, e.x - s.x).Left(nMax);
-    CString text = line(s.y).Mid(s.x, nMax);
-    text += L"\r\n";
-    for (int y = s.y + 1; y < e.y && text.GetLength() < nMax; ++y) {
-        text += line(y).Left(nMax - text.GetLength());
-        text += L"\r\n";
-    }
-    if (text.GetLength() < nMax)
-        text += line(e.y).Left(e.x);
-    return text.Left(nMax);
+    const size_t cap = (size_t)std::max(nMax, 0);
+    const size_t len = WriteRange(m_Text, s, e, nullptr, cap);
+    CString text;
+    WriteRange(m_Text, s, e, text.GetBufferSetLength((int)len), cap);
+    text.ReleaseBuffer((int)len);
+    return text;
 }
 
 void CVelmor::DoCopy()
@@ -50,8 +84,12 @@ void CVelmor::DoCopy()
     // next OpenClipboard of this window succeeds all the same.
     if (m_ptAnchor == m_ptCursor)
         return;
-    const CString text = SelectedText();
-    const size_t bytes = (size_t)text.GetLength() * sizeof(wchar_t) + sizeof(wchar_t);
+    // Written straight into the clipboard's memory.
+    CPoint s = m_ptAnchor, e = m_ptCursor;
+    if (e.y < s.y || (e.y == s.y && e.x < s.x))
+        std::swap(s, e);
+    const size_t len = WriteRange(m_Text, s, e, nullptr, (size_t)INT_MAX);
+    const size_t bytes = len * sizeof(wchar_t) + sizeof(wchar_t);
     HGLOBAL hMem = ::GlobalAlloc(GMEM_DDESHARE, bytes);
     if (!hMem)
         return;
@@ -61,7 +99,8 @@ void CVelmor::DoCopy()
         ::CloseClipboard();
         return;
     }
-    std::memcpy(p, text.GetString(), bytes);
+    WriteRange(m_Text, s, e, (wchar_t*)p, len);
+    ((wchar_t*)p)[len] = 0;
     ::GlobalUnlock(hMem);
     ::EmptyClipboard();
     if (!::SetClipboardData(CF_UNICODETEXT, hMem))
