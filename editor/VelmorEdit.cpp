@@ -32,18 +32,24 @@ void CVelmor::InsertString(CString& text, bool bInvalidate)
     if (y >= 0 && y < (int)m_Text._GetSize()) {
         const CString& line = m_Text.LineRef(y);
         const int x = std::max(0, std::min((int)m_ptCursor.x, line.GetLength()));
-        const CString left = line.Left(x), right = line.Mid(x);
+        const bool bRight = x < line.GetLength();
+        // The line with the text inserted, made in one buffer.
+        CString joined;
+        joined.Preallocate(line.GetLength() + text.GetLength());
+        joined.SetString(line.GetString(), x);
+        joined += text;
+        joined.Append(line.GetString() + x, line.GetLength() - x);
         const bool bPaint = m_hWnd && !m_bFrozen;
-        if (!right.IsEmpty() && bPaint) {
+        if (bRight && bPaint) {
             CRect rc = Grown(GetLineRect(y));
             InvalidateRect(&rc, FALSE);
         }
-        SetTextLine(left + text + right, y, false, true);
+        SetTextLine(joined, y, false, true);
         _SetCursorPosX(x + text.GetLength());
         ScrollToCursor();
         UpdateAnchor(false);
         // (Already invalidated above when text followed the caret.)
-        if (bInvalidate && right.IsEmpty() && bPaint) {
+        if (bInvalidate && !bRight && bPaint) {
             CRect rc = Grown(GetLineRect(y));
             InvalidateRect(&rc, FALSE);
         }

@@ -2,6 +2,7 @@
 #include "VelmorCtrl.h"
 #include <algorithm>
 #include <cwchar>
+#include <utility>
 
 namespace {
 
@@ -193,7 +194,7 @@ void CVelmor::SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUp
 {
     CString old = m_Text._GetLine(nLine); // a bad index throws before anything changes
     if (!bNoUndo)
-        m_CurFrame.AddEntry(UndoEntry{ old, LineChanged, nLine, m_ptCursor, m_ptAnchor });
+        m_CurFrame.AddEntry(UndoEntry{ std::move(old), LineChanged, nLine, m_ptCursor, m_ptAnchor });
     if (m_Text._SetLine(text, nLine) == 1) {
         if (m_bFrozen)
             m_bFrozenRepaint = true;
