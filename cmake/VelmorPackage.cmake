@@ -52,6 +52,7 @@ endif()
 # only headers listed here (check-package verifies it on the package).
 set(VELMOR_PUBLIC_HEADERS
   editor/VelmorCtrl.h
+  editor/Velmor.h
   editor/UndoFrame.h
   text/ScriptText.h
   text/Colorizer.h
