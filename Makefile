@@ -15,6 +15,9 @@ PKG64 := $(DIST)/velmor-$(VERSION)-x86_64
 # The example host, built against each package as a project of its own.
 EXAMPLE32 := $(BUILD)/example-win32
 EXAMPLE64 := $(BUILD)/example-win64
+# The plain C host of the window class, the same way.
+CHOST32 := $(BUILD)/c-host-win32
+CHOST64 := $(BUILD)/c-host-win64
 
 FUZZ := $(BUILD)/fuzz
 FUZZ_RUNS ?= 300000
@@ -83,6 +86,12 @@ examples: package
 	cmake -S examples/host -B $(EXAMPLE32) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-i686.cmake \
 	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG32)) >/dev/null
 	cmake --build $(EXAMPLE32)
+	cmake -S examples/c-host -B $(CHOST64) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-x86_64.cmake \
+	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG64)) >/dev/null
+	cmake --build $(CHOST64)
+	cmake -S examples/c-host -B $(CHOST32) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-i686.cmake \
+	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG32)) >/dev/null
+	cmake --build $(CHOST32)
 
 # Native tests; the packages and the i686 exception path, checked on their
 # binaries; then every Windows test and the x86_64 example host under a
@@ -90,10 +99,11 @@ examples: package
 test: native asan win64 win32 examples fuzz
 	cd $(NATIVE) && ctest --output-on-failure
 	cd $(ASAN) && ctest --output-on-failure
-	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) $(PKG32)
-	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) $(PKG64)
+	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) --c-example $(CHOST32) $(PKG32)
+	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) --c-example $(CHOST64) $(PKG64)
 	scripts/wine-session sh -c 'cd $(WIN64) && ctest --output-on-failure && \
-	  cd $(abspath $(EXAMPLE64)) && $(CURDIR)/scripts/wine-run velmor-host.exe'
+	  cd $(abspath $(EXAMPLE64)) && $(CURDIR)/scripts/wine-run velmor-host.exe && \
+	  cd $(abspath $(CHOST64)) && $(CURDIR)/scripts/wine-run velmor-c-host.exe'
 
 demo: win64
 	scripts/run-demo
