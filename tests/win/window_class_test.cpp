@@ -396,9 +396,9 @@ TEST(WindowClass, ChangeAndSelectionNotificationsNameTheirLines)
     // A moved anchor alone is a new selection.
     h.Send(VEM_SETCARET, 1, 1);
     const int moves = h.Count(VEN_SELCHANGE);
-    h.Send(VEM_SETANCHOR, 0, 0);
+    h.Send(VEM_SETANCHOR, 3, 1);
     ASSERT_EQ(moves + 1, h.Count(VEN_SELCHANGE));
-    EXPECT_EQ(0, h.Last(VEN_SELCHANGE)->a);
+    EXPECT_EQ(3, h.Last(VEN_SELCHANGE)->a);
     EXPECT_EQ(1, h.Last(VEN_SELCHANGE)->c);
     // Typing changes the caret's line; the caret's move is reported too.
     h.Send(VEM_SETANCHOR, 1, 1);
