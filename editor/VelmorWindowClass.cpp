@@ -78,7 +78,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID)
 // The window's control
 
 CVelmorWindow::CVelmorWindow(const CREATESTRUCTW& cs)
-    : m_nStatus(VELMOR_STATUS_OK), m_nCreateStyle((int)cs.style), m_bridge(this), m_nDepth(0), m_bFailed(false)
+    : m_nStatus(VELMOR_STATUS_OK), m_nCreateStyle((int)cs.style), m_bridge(this), m_bFailed(false)
 {
     // What the creating constructors set up before their window exists.
     m_crBackground = 0x00FFFFFF;
@@ -130,7 +130,6 @@ LRESULT CVelmorWindow::Message(UINT uMsg, WPARAM wParam, LPARAM lParam)
     LRESULT r = 0;
     const bool bOuterFailed = m_bFailed;
     m_bFailed = false;
-    ++m_nDepth;
     try {
         if (uMsg == VEM_FIRST - 1)
             AfterCreate();
@@ -159,7 +158,6 @@ LRESULT CVelmorWindow::Message(UINT uMsg, WPARAM wParam, LPARAM lParam)
         if (uMsg == WM_PAINT)
             ::ValidateRect(m_hWnd, nullptr);
     }
-    --m_nDepth;
     if (m_hWnd && uMsg != WM_NCDESTROY && uMsg != WM_DESTROY)
         NotifySelection();
     return r;
@@ -216,8 +214,24 @@ void CVelmorWindow::NotifyParent(UINT nCode)
     CVelmor::NotifyParent(nCode);
     if (nCode != EN_CHANGE)
         return;
-    // Which lines differ from the last report: the common head and tail
-    // of the old and new lines are skipped.
+    NMVELMORCHANGE nm;
+    ZeroMemory(&nm, sizeof nm);
+    // Called from inside the control's edits: nothing may escape from here.
+    try {
+        if (!ChangedLines(nm))
+            return;
+    } catch (...) {
+        // Out of memory for the copy: the next report covers every line.
+        m_lines.clear();
+        return;
+    }
+    SendNotify(nm.hdr, VEN_CHANGE);
+}
+
+// Which lines differ from the last report: the common head and tail of the
+// old and new lines are skipped. Keeps the lines for the next report.
+bool CVelmorWindow::ChangedLines(NMVELMORCHANGE& nm)
+{
     const int nNew = GetLineCount();
     const int nOld = (int)m_lines.size();
     const int nBoth = std::min(nNew, nOld);
@@ -228,20 +242,17 @@ void CVelmorWindow::NotifyParent(UINT nCode)
     while (tail < nBoth - head && m_Text.LineRef(nNew - 1 - tail) == m_lines[(size_t)(nOld - 1 - tail)])
         ++tail;
     if (head == nNew && nNew == nOld)
-        return; // nothing changed
-    m_lines.erase(m_lines.begin() + head, m_lines.begin() + (nOld - tail));
+        return false;
     std::vector<CString> now;
     for (int i = head; i < nNew - tail; ++i)
         now.push_back(m_Text.LineRef(i));
+    m_lines.erase(m_lines.begin() + head, m_lines.begin() + (nOld - tail));
     m_lines.insert(m_lines.begin() + head, now.begin(), now.end());
-
-    NMVELMORCHANGE nm;
-    ZeroMemory(&nm, sizeof nm);
     nm.nFirstLine = head;
     nm.nLastLine = nNew - 1 - tail;
     nm.nLinesAdded = nNew - nOld;
     nm.nLineCount = nNew;
-    SendNotify(nm.hdr, VEN_CHANGE);
+    return true;
 }
 
 void CVelmorWindow::NotifySelection()

@@ -57,6 +57,7 @@ private:
     LRESULT Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam);
     void AfterCreate();
     void NotifySelection();
+    bool ChangedLines(NMVELMORCHANGE& nm);
     void NotifyMarginClick(LPARAM lParam);
     void NotifyBreakpoint(int nLine, int nMark);
     LRESULT SendNotify(NMHDR& hdr, UINT uCode);
@@ -76,6 +77,5 @@ private:
     std::vector<CString> m_lines;
     // The selection last reported by VEN_SELCHANGE.
     CPoint m_ptSentCaret, m_ptSentAnchor;
-    int m_nDepth;
     bool m_bFailed; // the message being answered failed
 };

@@ -139,6 +139,19 @@ TEST(WindowClassHostile, BadArgumentsFailWithAStatusAndLoseNothing)
         EXPECT_EQ(c.status, h.Status()) << c.what;
         EXPECT_EQ(before, h.Text()) << c.what;
     }
+    // Lengths: a buffer shorter than the text gets what fits and a zero.
+    VELMORTEXT three;
+    VELMOR_BUFFER(three, buf, 3);
+    EXPECT_EQ(2, h.Send(VEM_GETLINE, 1, (LPARAM)&three));
+    EXPECT_STREQ(L"be", buf);
+    EXPECT_EQ(11, h.Send(VEM_GETFONTNAME, 0, 0)); // NULL buffer: the length of "Courier New"
+    EXPECT_EQ(0, h.Send(WM_GETTEXT, 0, (LPARAM)buf));
+    // A handle that is no font.
+    EXPECT_EQ(0, h.Send(WM_SETFONT, (WPARAM)0x4321, TRUE));
+    EXPECT_EQ(VELMOR_STATUS_BADVALUE, h.Status());
+    EXPECT_EQ(100, h.Send(VEM_GETFONTSIZE));
+    EXPECT_EQ(before, h.Text());
+
     // The status stays until cleared; a message that succeeds keeps it.
     h.Send(VEM_GETLINELENGTH, 99);
     h.Send(EM_GETLINECOUNT);

@@ -236,7 +236,16 @@ TEST(WindowClass, SettingsWordsAndVariables)
     EXPECT_EQ(VELMOR_STATUS_BADVALUE, h.Status());
     h.ClearStatus();
     EXPECT_EQ(120, h.Send(VEM_GETFONTSIZE));
-    h.Send(VEM_SETFONT, 100, 0);
+    // WM_SETFONT: the font's face and size (16 pixels at 96 dpi: 12 pt).
+    HFONT font = CreateFontW(-16, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, FIXED_PITCH,
+                             L"DejaVu Sans Mono");
+    h.Send(WM_SETFONT, (WPARAM)font, TRUE);
+    EXPECT_EQ(120, h.Send(VEM_GETFONTSIZE));
+    EXPECT_EQ(16, h.Send(VEM_GETFONTNAME, 32, (LPARAM)face));
+    EXPECT_STREQ(L"DejaVu Sans Mono", face);
+    EXPECT_NE((LRESULT)font, h.Send(WM_GETFONT)); // a font of its own
+    DeleteObject(font);
+    h.Send(VEM_SETFONT, 100, (LPARAM)L"Liberation Mono");
     const LRESULT cell = h.Send(VEM_GETCHARCELL);
     h.Send(VEM_SETCHARSPACING, 2, 3);
     h.Send(VEM_SETCHARSPACING, (WPARAM)-5, 0); // adds nothing
