@@ -3,6 +3,7 @@
 // and the WM_NOTIFY notifications. The messages themselves are a table in
 // VelmorMessages.cpp.
 #include "VelmorWindowClass.h"
+#include <cstring>
 #include <new>
 
 namespace {
@@ -228,6 +229,16 @@ void CVelmorWindow::NotifyParent(UINT nCode)
     SendNotify(nm.hdr, VEN_CHANGE);
 }
 
+namespace {
+// Equal lines, by length and then as bytes: most lines compared are equal,
+// and this runs over the whole text after each edit.
+bool SameLine(const CString& a, const CString& b)
+{
+    const int n = a.GetLength();
+    return n == b.GetLength() && std::memcmp(a.GetString(), b.GetString(), (size_t)n * sizeof(wchar_t)) == 0;
+}
+} // namespace
+
 // Which lines differ from the last report: the common head and tail of the
 // old and new lines are skipped. Keeps the lines for the next report.
 bool CVelmorWindow::ChangedLines(NMVELMORCHANGE& nm)
@@ -236,10 +247,10 @@ bool CVelmorWindow::ChangedLines(NMVELMORCHANGE& nm)
     const int nOld = (int)m_lines.size();
     const int nBoth = std::min(nNew, nOld);
     int head = 0;
-    while (head < nBoth && m_Text.LineRef(head) == m_lines[(size_t)head])
+    while (head < nBoth && SameLine(m_Text.LineRef(head), m_lines[(size_t)head]))
         ++head;
     int tail = 0;
-    while (tail < nBoth - head && m_Text.LineRef(nNew - 1 - tail) == m_lines[(size_t)(nOld - 1 - tail)])
+    while (tail < nBoth - head && SameLine(m_Text.LineRef(nNew - 1 - tail), m_lines[(size_t)(nOld - 1 - tail)]))
         ++tail;
     if (head == nNew && nNew == nOld)
         return false;
