@@ -189,6 +189,39 @@ TEST(WindowClass, CaretSelectionAndCharacterOffsets)
     EXPECT_EQ(4, p.nColumn);
 }
 
+TEST(WindowClass, TheViewScrollsToLinesAndTheCaret)
+{
+    ClassHost h;
+    std::wstring text;
+    for (int i = 0; i < 300; ++i)
+        text += L"line " + std::to_wstring(i) + L"\n";
+    h.SetText(text.c_str());
+    UpdateWindow(h.ctl);
+    const int shown = (int)h.Send(VEM_GETVISIBLELINES, FALSE);
+    EXPECT_GT(shown, 10);
+    EXPECT_LE(shown, (int)h.Send(VEM_GETVISIBLELINES, TRUE));
+    EXPECT_GT(h.Send(VEM_GETVISIBLECOLUMNS), 20);
+    EXPECT_EQ(0, h.Send(EM_GETFIRSTVISIBLELINE));
+    auto visible = [&](int line) {
+        return h.Send(EM_GETFIRSTVISIBLELINE) <= line && line <= h.Send(VEM_GETLASTVISIBLELINE);
+    };
+    h.Send(VEM_SCROLLTOLINE, 200);
+    EXPECT_TRUE(visible(200));
+    EXPECT_GT(h.Send(EM_GETFIRSTVISIBLELINE), 100);
+    VELMORPOS p;
+    h.Send(VEM_GETSCROLLPOS, 0, (LPARAM)&p);
+    EXPECT_EQ(h.Send(EM_GETFIRSTVISIBLELINE), p.nLine);
+    EXPECT_EQ(0, p.nColumn);
+    h.Send(VEM_GOTOLINE, 20);
+    EXPECT_TRUE(visible(20));
+    EXPECT_EQ(20, h.Send(VEM_GETCURLINE));
+    h.Send(VEM_SETCARET, 0, 280); // moves the caret only
+    h.Send(EM_SCROLLCARET);
+    EXPECT_TRUE(visible(280));
+    h.Send(VEM_GOTOPOS, 2, 5);
+    EXPECT_TRUE(visible(5));
+}
+
 TEST(WindowClass, ClipboardUndoAndTheModifiedMark)
 {
     ClassHost h;
