@@ -1,8 +1,10 @@
 // The "VelmorEdit" window class driven as a host in another language
 // would: by class name, SendMessageW and Velmor.h alone.
 #include "window_class_host.h"
+#include "gdi/WindowCapture.h"
 #include <gtest/gtest.h>
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -29,6 +31,16 @@ void SetClipboard(const wchar_t* s)
     GlobalUnlock(h);
     SetClipboardData(CF_UNICODETEXT, h);
     CloseClipboard();
+}
+
+// The pixels of the control's first text line, read back from the screen.
+std::vector<DWORD> FirstLinePixels(HWND hwnd, int lineHeight)
+{
+    std::vector<DWORD> px;
+    int w = 0, h = 0;
+    CaptureWindowPixels(hwnd, false, px, w, h);
+    px.resize((size_t)w * std::min(h, lineHeight));
+    return px;
 }
 
 VELMORSELECTION Sel(const ClassHost& h)
@@ -299,6 +311,16 @@ TEST(WindowClass, SettingsWordsAndVariables)
     h.Send(VEM_SETSTYLEBITS, 0x0100, TRUE);
     EXPECT_EQ(0x0100, h.Send(VEM_GETSTYLEBITS, 0x0100));
     h.Send(VEM_SETACCELERATORS, FALSE);
+
+    // An added word is coloured: the line that holds it is drawn anew.
+    h.SetText(L"zork quux\n");
+    UpdateWindow(h.ctl);
+    const int lineHeight = HIWORD(h.Send(VEM_GETCHARCELL));
+    const std::vector<DWORD> plain = FirstLinePixels(h.ctl, lineHeight);
+    h.Send(VEM_ADDWORD, VELMOR_WORDS_KEYWORD, (LPARAM)L"zork");
+    h.Send(VEM_RECOLORIZE);
+    UpdateWindow(h.ctl);
+    EXPECT_NE(plain, FirstLinePixels(h.ctl, lineHeight));
 
     // Host variables become keywords; added words colour like the built-in ones.
     EXPECT_EQ(0, h.Send(VEM_GETVARIABLECOUNT));
