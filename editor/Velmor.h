@@ -73,6 +73,8 @@ extern "C" {
 #define VEM_SETSTATUS           (VEM_FIRST + 1)  /* wParam status (0 clears) */
 #define VEM_GETDIRECTFUNCTION   (VEM_FIRST + 2)  /* -> VELMORDIRECTFUNCTION */
 #define VEM_GETDIRECTPOINTER    (VEM_FIRST + 3)  /* -> the instance for the direct function */
+#define VEM_SETEVENTMASK        (VEM_FIRST + 4)  /* wParam VELMOR_EVENT_... bits: the notifications sent */
+#define VEM_GETEVENTMASK        (VEM_FIRST + 5)
 /* text */
 #define VEM_GETSOURCE           (VEM_FIRST + 10) /* wParam cch, lParam WCHAR* (NULL: length) -> chars, comments blanked */
 #define VEM_GETLINELENGTH       (VEM_FIRST + 11) /* wParam line -> length */
@@ -174,6 +176,13 @@ extern "C" {
 #define VELMOR_FINDF_BACKWARDS 0x0008
 
 /* ---- Notifications (WM_NOTIFY; NMHDR.code) ------------------------------- */
+/* Which of them are sent (VEM_SETEVENTMASK; all after creation). VEN_INSPECT
+ * is an answer channel and always sent. */
+#define VELMOR_EVENT_CHANGE      0x0001
+#define VELMOR_EVENT_SELCHANGE   0x0002
+#define VELMOR_EVENT_MARGINCLICK 0x0004
+#define VELMOR_EVENT_BREAKPOINT  0x0008
+#define VELMOR_EVENT_ALL         0x000F
 #define VEN_FIRST        (0U - 3100U)
 #define VEN_CHANGE       (VEN_FIRST - 0) /* NMVELMORCHANGE */
 #define VEN_SELCHANGE    (VEN_FIRST - 1) /* NMVELMORSELCHANGE */

@@ -227,6 +227,12 @@ const CVelmorWindow::Entry* CVelmorWindow::Table(size_t& nCount)
         { VEM_SETSTATUS, HANDLER { w.m_nStatus = Int(wp); return 0; } },
         { VEM_GETDIRECTFUNCTION, HANDLER { return (LRESULT)&CVelmorWindow::DirectCall; } },
         { VEM_GETDIRECTPOINTER, HANDLER { return (LRESULT)&w; } },
+        { VEM_SETEVENTMASK, HANDLER {
+            NEEDS((wp & ~(WPARAM)VELMOR_EVENT_ALL) == 0, VELMOR_STATUS_BADVALUE);
+            w.SetEventMask((UINT)wp);
+            return TRUE;
+        } },
+        { VEM_GETEVENTMASK, HANDLER { return w.m_uEventMask; } },
 
         // ---- Text.
         { VEM_GETSOURCE, HANDLER {

@@ -79,7 +79,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID)
 // The window's control
 
 CVelmorWindow::CVelmorWindow(const CREATESTRUCTW& cs)
-    : m_nStatus(VELMOR_STATUS_OK), m_nCreateStyle((int)cs.style), m_bridge(this), m_bFailed(false)
+    : m_nStatus(VELMOR_STATUS_OK), m_uEventMask(VELMOR_EVENT_ALL), m_nCreateStyle((int)cs.style), m_bridge(this), m_bFailed(false)
 {
     // What the creating constructors set up before their window exists.
     m_crBackground = 0x00FFFFFF;
@@ -213,7 +213,7 @@ LRESULT CVelmorWindow::SendNotify(NMHDR& hdr, UINT uCode)
 void CVelmorWindow::NotifyParent(UINT nCode)
 {
     CVelmor::NotifyParent(nCode);
-    if (nCode != EN_CHANGE)
+    if (nCode != EN_CHANGE || !(m_uEventMask & VELMOR_EVENT_CHANGE))
         return;
     NMVELMORCHANGE nm;
     ZeroMemory(&nm, sizeof nm);
@@ -227,6 +227,24 @@ void CVelmorWindow::NotifyParent(UINT nCode)
         return;
     }
     SendNotify(nm.hdr, VEN_CHANGE);
+}
+
+// Without VEN_CHANGE the copy of the lines is not kept; turned on again,
+// it starts from the text as it is.
+void CVelmorWindow::SetEventMask(UINT uMask)
+{
+    const bool bWasOn = (m_uEventMask & VELMOR_EVENT_CHANGE) != 0;
+    const bool bOn = (uMask & VELMOR_EVENT_CHANGE) != 0;
+    if (bOn && !bWasOn) {
+        std::vector<CString> lines;
+        lines.reserve((size_t)GetLineCount());
+        for (int i = 0; i < GetLineCount(); ++i)
+            lines.push_back(m_Text.LineRef(i));
+        m_lines.swap(lines);
+    } else if (!bOn) {
+        std::vector<CString>().swap(m_lines);
+    }
+    m_uEventMask = uMask;
 }
 
 namespace {
@@ -273,6 +291,8 @@ void CVelmorWindow::NotifySelection()
         return;
     m_ptSentCaret = caret;
     m_ptSentAnchor = anchor;
+    if (!(m_uEventMask & VELMOR_EVENT_SELCHANGE))
+        return;
     NMVELMORSELCHANGE nm;
     ZeroMemory(&nm, sizeof nm);
     nm.sel.cbSize = sizeof nm.sel;
@@ -286,7 +306,7 @@ void CVelmorWindow::NotifySelection()
 void CVelmorWindow::NotifyMarginClick(LPARAM lParam)
 {
     const int x = (short)LOWORD(lParam), y = (short)HIWORD(lParam);
-    if (x < 0 || x >= m_nLeftMargin || y < 0 || m_nLineHeight <= 0)
+    if (!(m_uEventMask & VELMOR_EVENT_MARGINCLICK) || x < 0 || x >= m_nLeftMargin || y < 0 || m_nLineHeight <= 0)
         return;
     const int line = FirstVisibleLine() + y / m_nLineHeight;
     if (line >= GetLineCount())
@@ -300,6 +320,8 @@ void CVelmorWindow::NotifyMarginClick(LPARAM lParam)
 
 void CVelmorWindow::NotifyBreakpoint(int nLine, int nMark)
 {
+    if (!(m_uEventMask & VELMOR_EVENT_BREAKPOINT))
+        return;
     NMVELMORLINE nm;
     ZeroMemory(&nm, sizeof nm);
     nm.nLine = nLine;

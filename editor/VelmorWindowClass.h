@@ -60,6 +60,7 @@ private:
     bool ChangedLines(NMVELMORCHANGE& nm);
     void NotifyMarginClick(LPARAM lParam);
     void NotifyBreakpoint(int nLine, int nMark);
+    void SetEventMask(UINT uMask);
     LRESULT SendNotify(NMHDR& hdr, UINT uCode);
 
     // Helpers of the handlers (VelmorMessages.cpp).
@@ -71,6 +72,7 @@ private:
     void EditLines(int nKind, int nLine, const wchar_t* pszText);
 
     int m_nStatus;
+    UINT m_uEventMask; // VELMOR_EVENT_...: the notifications sent
     int m_nCreateStyle;
     CInspectorBridge m_bridge;
     // The lines as the last VEN_CHANGE left them, to tell which changed.

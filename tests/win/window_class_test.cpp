@@ -476,6 +476,21 @@ TEST(WindowClass, ChangeAndSelectionNotificationsNameTheirLines)
     EXPECT_EQ(1, h.Last(VEN_CHANGE)->a);
     EXPECT_EQ(L"nxew", h.Line(1));
     EXPECT_EQ(2, h.Last(VEN_SELCHANGE)->c);
+    // Notifications turned off are not sent; VEN_CHANGE turned on again
+    // reports from the text as it is then.
+    EXPECT_EQ(VELMOR_EVENT_ALL, h.Send(VEM_GETEVENTMASK));
+    h.Send(VEM_SETEVENTMASK, VELMOR_EVENT_ALL & ~(VELMOR_EVENT_CHANGE | VELMOR_EVENT_SELCHANGE));
+    const int changes = h.Count(VEN_CHANGE), moved = h.Count(VEN_SELCHANGE);
+    h.Send(VEM_SETLINE, 0, (LPARAM)L"quiet");
+    h.Send(VEM_SETCARET, 0, 2);
+    EXPECT_EQ(changes, h.Count(VEN_CHANGE));
+    EXPECT_EQ(moved, h.Count(VEN_SELCHANGE));
+    h.Send(VEM_SETEVENTMASK, VELMOR_EVENT_ALL);
+    h.Send(VEM_SETLINE, 2, (LPARAM)L"loud");
+    EXPECT_EQ(changes + 1, h.Count(VEN_CHANGE));
+    EXPECT_EQ(2, h.Last(VEN_CHANGE)->a);
+    EXPECT_EQ(2, h.Last(VEN_CHANGE)->b);
+    EXPECT_EQ(VELMOR_ERROR, h.Send(VEM_SETEVENTMASK, 0x100));
     // A message that changes nothing reports nothing.
     const size_t n = h.notes.size();
     h.Send(EM_GETLINECOUNT);
