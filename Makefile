@@ -15,6 +15,9 @@ PKG64 := $(DIST)/velmor-$(VERSION)-x86_64
 # The example host, built against each package as a project of its own.
 EXAMPLE32 := $(BUILD)/example-win32
 EXAMPLE64 := $(BUILD)/example-win64
+# The plain C host of the window class, the same way.
+CHOST32 := $(BUILD)/c-host-win32
+CHOST64 := $(BUILD)/c-host-win64
 
 FUZZ := $(BUILD)/fuzz
 FUZZ_RUNS ?= 300000
@@ -91,6 +94,12 @@ examples: package
 	cmake -S examples/host -B $(EXAMPLE32) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-i686.cmake \
 	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG32)) >/dev/null
 	cmake --build $(EXAMPLE32)
+	cmake -S examples/c-host -B $(CHOST64) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-x86_64.cmake \
+	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG64)) >/dev/null
+	cmake --build $(CHOST64)
+	cmake -S examples/c-host -B $(CHOST32) -G Ninja -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw-i686.cmake \
+	  -DCMAKE_PREFIX_PATH=$(abspath $(PKG32)) >/dev/null
+	cmake --build $(CHOST32)
 
 # Native tests; the debug adapter's protocol tests (node's test runner
 # driving the adapter through DebugClient); the packages and the i686 exception path, checked on their
@@ -102,10 +111,11 @@ test: native asan win64 win32 examples fuzz
 	cd tests/dap && VELMOR_DAP=$(abspath $(NATIVE))/bin/velmor-slang-dap node --test
 	cd tests/dap && VELMOR_DAP=$(abspath $(ASAN))/bin/velmor-slang-dap node --test
 	cd $(ASAN) && ctest --output-on-failure
-	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) $(PKG32)
-	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) $(PKG64)
+	scripts/check-package --build $(WIN32) --example $(EXAMPLE32) --c-example $(CHOST32) $(PKG32)
+	scripts/check-package --build $(WIN64) --example $(EXAMPLE64) --c-example $(CHOST64) $(PKG64)
 	scripts/wine-session sh -c 'cd $(WIN64) && ctest --output-on-failure && \
-	  cd $(abspath $(EXAMPLE64)) && $(CURDIR)/scripts/wine-run velmor-host.exe'
+	  cd $(abspath $(EXAMPLE64)) && $(CURDIR)/scripts/wine-run velmor-host.exe && \
+	  cd $(abspath $(CHOST64)) && $(CURDIR)/scripts/wine-run velmor-c-host.exe'
 
 demo: win64
 	scripts/run-demo

@@ -211,7 +211,7 @@ public:
     void DoUndo();
     void DoRedo();
 
-    void NotifyParent(UINT nCode);
+    virtual void NotifyParent(UINT nCode);
 
 protected:
     // Position accessors: raw, no clipping, no redraw.
