@@ -448,4 +448,17 @@ private:
     bool m_bFrozen;
     bool m_bFrozenRepaint;
 
+protected:
+    // The lines changed since the span was last taken, in the text as it
+    // is now: every line from nFirst to nLast, and nAdded lines more than
+    // before (nLast < nFirst: lines were only removed, at nFirst). Kept up
+    // to date by the text primitives at no cost to an edit.
+    struct ChangeSpan
+    {
+        bool bAny;
+        int nFirst, nLast, nAdded;
+    };
+    ChangeSpan m_change;
+    void NoteChange(int nLine, int nRemoved, int nInserted);
+
 };

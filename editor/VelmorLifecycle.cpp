@@ -95,6 +95,7 @@ void CVelmor::InitMembers(COLORREF crBackground)
     m_strClassName.Format(L"CVelmor::%p", (void*)this);
     m_bInAction = false;
     m_bFrozen = m_bFrozenRepaint = false;
+    m_change = ChangeSpan{ false, 0, -1, 0 };
     m_bScrollPending = false;
     m_bRepaintDue = false;
     m_hPaintDC = nullptr;

@@ -44,6 +44,7 @@ void CVelmor::InsertLoadedLine(const wchar_t* p, int n)
     const int nLine = std::min((int)m_ptCursor.y, (int)m_Text._GetSize());
     m_CurFrame.AddEntry(UndoEntry{ CString(), LineInserted, nLine, m_ptCursor, m_ptAnchor });
     m_Text._InsertLine(std::move(line), nLine, 0);
+    NoteChange(nLine, 0, 1);
     _SetCursorPos(0, m_ptCursor.y + 1);
 }
 
@@ -184,6 +185,7 @@ void CVelmor::InsertTextLine(const CString& text, int nLine, bool bUpdate, bool 
     if (!bNoUndo)
         m_CurFrame.AddEntry(UndoEntry{ CString(), LineInserted, nLine, m_ptCursor, m_ptAnchor });
     m_Text._InsertLine(text, nLine, bUpdate);
+    NoteChange(nLine, 0, 1);
     if (HasCommentDelimiter(text))
         RecolourAll();
     if (bUpdate)
@@ -195,7 +197,9 @@ void CVelmor::SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUp
     CString old = m_Text._GetLine(nLine); // a bad index throws before anything changes
     if (!bNoUndo)
         m_CurFrame.AddEntry(UndoEntry{ std::move(old), LineChanged, nLine, m_ptCursor, m_ptAnchor });
-    if (m_Text._SetLine(text, nLine) == 1) {
+    const int nSet = m_Text._SetLine(text, nLine);
+    NoteChange(nLine, 0, 0);
+    if (nSet == 1) {
         if (m_bFrozen)
             m_bFrozenRepaint = true;
         else
@@ -213,6 +217,7 @@ void CVelmor::RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate)
     if (!bNoUndo)
         m_CurFrame.AddEntry(UndoEntry{ old, LineRemoved, nLine, m_ptCursor, m_ptAnchor });
     m_Text._RemoveLine(nLine);
+    NoteChange(nLine, 1, 0);
     if (HasCommentDelimiter(old))
         RecolourAll();
     if (bUpdate)
@@ -224,7 +229,9 @@ void CVelmor::_InsertLineBlock(std::vector<CString>& lines, int nLine, bool bUpd
     if (nLine < 0)
         AfxThrowInvalidArgException();
     const bool bDelimiter = std::any_of(lines.begin(), lines.end(), HasCommentDelimiter);
+    const int nCount = (int)lines.size(), nAt = std::min(nLine, (int)m_Text._GetSize());
     m_Text._InsertLines(lines, nLine, bUpdate, bFromEnd);
+    NoteChange(nAt, 0, nCount);
     if (bDelimiter)
         RecolourAll();
     if (bUpdate)
@@ -239,6 +246,7 @@ void CVelmor::_RemoveLineBlock(int nLine, int nCount, bool bUpdate)
     for (int i = nLine; i < nLine + nCount && !bDelimiter; ++i)
         bDelimiter = HasCommentDelimiter(m_Text.LineRef(i));
     m_Text._RemoveLines(nLine, nCount);
+    NoteChange(nLine, nCount, 0);
     if (bDelimiter)
         RecolourAll();
     if (bUpdate)
@@ -251,8 +259,30 @@ void CVelmor::RemoveAllText()
     for (int i = 0; i < n; ++i)
         m_CurFrame.AddEntry(UndoEntry{ m_Text.LineRef(i), LineRemoved, i, m_ptCursor, m_ptAnchor });
     m_Text._RemoveAll();
+    NoteChange(0, n, 1); // one empty line is left
     UpdateScrollSizes();
     NotifyParent(EN_CHANGE);
+}
+
+void CVelmor::NoteChange(int nLine, int nRemoved, int nInserted)
+{
+    ChangeSpan& c = m_change;
+    if (!c.bAny) {
+        c = ChangeSpan{ true, nLine, nLine - 1, 0 };
+    } else {
+        // Lines after the removed ones move up, then the inserted ones
+        // push them down.
+        if (c.nLast >= nLine + nRemoved)
+            c.nLast -= nRemoved;
+        else if (c.nLast >= nLine)
+            c.nLast = nLine - 1;
+        if (c.nLast >= nLine)
+            c.nLast += nInserted;
+        c.nFirst = std::min(c.nFirst, nLine);
+    }
+    // The lines put in (or set) are changed lines.
+    c.nLast = std::max(c.nLast, nLine + std::max(nInserted, nRemoved == 0 && nInserted == 0 ? 1 : 0) - 1);
+    c.nAdded += nInserted - nRemoved;
 }
 
 // The full recolouring a comment delimiter calls for; while many lines go

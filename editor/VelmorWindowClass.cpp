@@ -89,7 +89,6 @@ CVelmorWindow::CVelmorWindow(const CREATESTRUCTW& cs)
     m_nFontSize = kDefaultFontSize;
     m_strFontName = kDefaultFontFace;
     m_font.CreatePointFont(kDefaultFontSize, kDefaultFontFace);
-    m_lines.push_back(CString());
 }
 
 void CVelmorWindow::AfterCreate()
@@ -213,75 +212,25 @@ LRESULT CVelmorWindow::SendNotify(NMHDR& hdr, UINT uCode)
 void CVelmorWindow::NotifyParent(UINT nCode)
 {
     CVelmor::NotifyParent(nCode);
-    if (nCode != EN_CHANGE || !(m_uEventMask & VELMOR_EVENT_CHANGE))
+    if (nCode != EN_CHANGE)
+        return;
+    // The lines the text primitives marked since the last report.
+    const ChangeSpan span = m_change;
+    m_change.bAny = false;
+    if (!span.bAny || !(m_uEventMask & VELMOR_EVENT_CHANGE))
         return;
     NMVELMORCHANGE nm;
     ZeroMemory(&nm, sizeof nm);
-    // Called from inside the control's edits: nothing may escape from here.
-    try {
-        if (!ChangedLines(nm))
-            return;
-    } catch (...) {
-        // Out of memory for the copy: the next report covers every line.
-        m_lines.clear();
-        return;
-    }
+    nm.nFirstLine = span.nFirst;
+    nm.nLastLine = span.nLast;
+    nm.nLinesAdded = span.nAdded;
+    nm.nLineCount = GetLineCount();
     SendNotify(nm.hdr, VEN_CHANGE);
 }
 
-// Without VEN_CHANGE the copy of the lines is not kept; turned on again,
-// it starts from the text as it is.
 void CVelmorWindow::SetEventMask(UINT uMask)
 {
-    const bool bWasOn = (m_uEventMask & VELMOR_EVENT_CHANGE) != 0;
-    const bool bOn = (uMask & VELMOR_EVENT_CHANGE) != 0;
-    if (bOn && !bWasOn) {
-        std::vector<CString> lines;
-        lines.reserve((size_t)GetLineCount());
-        for (int i = 0; i < GetLineCount(); ++i)
-            lines.push_back(m_Text.LineRef(i));
-        m_lines.swap(lines);
-    } else if (!bOn) {
-        std::vector<CString>().swap(m_lines);
-    }
     m_uEventMask = uMask;
-}
-
-namespace {
-// Equal lines, by length and then as bytes: most lines compared are equal,
-// and this runs over the whole text after each edit.
-bool SameLine(const CString& a, const CString& b)
-{
-    const int n = a.GetLength();
-    return n == b.GetLength() && std::memcmp(a.GetString(), b.GetString(), (size_t)n * sizeof(wchar_t)) == 0;
-}
-} // namespace
-
-// Which lines differ from the last report: the common head and tail of the
-// old and new lines are skipped. Keeps the lines for the next report.
-bool CVelmorWindow::ChangedLines(NMVELMORCHANGE& nm)
-{
-    const int nNew = GetLineCount();
-    const int nOld = (int)m_lines.size();
-    const int nBoth = std::min(nNew, nOld);
-    int head = 0;
-    while (head < nBoth && SameLine(m_Text.LineRef(head), m_lines[(size_t)head]))
-        ++head;
-    int tail = 0;
-    while (tail < nBoth - head && SameLine(m_Text.LineRef(nNew - 1 - tail), m_lines[(size_t)(nOld - 1 - tail)]))
-        ++tail;
-    if (head == nNew && nNew == nOld)
-        return false;
-    std::vector<CString> now;
-    for (int i = head; i < nNew - tail; ++i)
-        now.push_back(m_Text.LineRef(i));
-    m_lines.erase(m_lines.begin() + head, m_lines.begin() + (nOld - tail));
-    m_lines.insert(m_lines.begin() + head, now.begin(), now.end());
-    nm.nFirstLine = head;
-    nm.nLastLine = nNew - 1 - tail;
-    nm.nLinesAdded = nNew - nOld;
-    nm.nLineCount = nNew;
-    return true;
 }
 
 void CVelmorWindow::NotifySelection()

@@ -57,7 +57,6 @@ private:
     LRESULT Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam);
     void AfterCreate();
     void NotifySelection();
-    bool ChangedLines(NMVELMORCHANGE& nm);
     void NotifyMarginClick(LPARAM lParam);
     void NotifyBreakpoint(int nLine, int nMark);
     void SetEventMask(UINT uMask);
@@ -75,8 +74,6 @@ private:
     UINT m_uEventMask; // VELMOR_EVENT_...: the notifications sent
     int m_nCreateStyle;
     CInspectorBridge m_bridge;
-    // The lines as the last VEN_CHANGE left them, to tell which changed.
-    std::vector<CString> m_lines;
     // The selection last reported by VEN_SELCHANGE.
     CPoint m_ptSentCaret, m_ptSentAnchor;
     bool m_bFailed; // the message being answered failed
