@@ -27,6 +27,14 @@ inline double NowMs()
     return (double)t.QuadPart * 1000.0 / (double)freq.QuadPart;
 }
 
+// How long f takes, in ms.
+template <class F> double TimeIt(F f)
+{
+    const double t0 = NowMs();
+    f();
+    return NowMs() - t0;
+}
+
 // --- process memory ----------------------------------------------------------
 
 struct Memory

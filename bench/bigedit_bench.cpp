@@ -19,13 +19,6 @@ namespace {
 
 using namespace bench;
 
-double TimeIt(const std::function<void()>& f)
-{
-    const double t0 = NowMs();
-    f();
-    return NowMs() - t0;
-}
-
 void SetClipboard(HWND owner, const std::wstring& text)
 {
     if (!::OpenClipboard(owner))

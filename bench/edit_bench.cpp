@@ -35,13 +35,6 @@ namespace {
 
 using namespace bench;
 
-double TimeIt(const std::function<void()>& f)
-{
-    const double t0 = NowMs();
-    f();
-    return NowMs() - t0;
-}
-
 void Repaint(CVelmor& ctl)
 {
     ctl.Invalidate(TRUE);
