@@ -215,6 +215,12 @@ void CColourProgress::Advance(CScriptText& text, int nLast)
                         bEnded = true;
                         break;
                     }
+                    // Past the lines asked for, the watermark stays here
+                    // rather than following matching lines that nobody
+                    // reads: after every change the walk would otherwise
+                    // run again to the next unclean line, however far.
+                    if (i > nLast)
+                        break;
                     bState = Exit(m);
                     continue;
                 }
