@@ -447,6 +447,12 @@ private:
     // notes a whole repaint asked for meanwhile.
     bool m_bFrozen;
     bool m_bFrozenRepaint;
+    // The client rectangle while frozen inside an action (scroll bars are
+    // not set then, so it cannot change): asked for at every line, it is
+    // read once.
+    CRect m_rcFrozenClient;
+    bool m_bFrozenClient;
+    void ClientRect(CRect* pRect) const;
 
 protected:
     // The lines changed since the span was last taken, in the text as it

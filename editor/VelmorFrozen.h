@@ -11,10 +11,16 @@
 template <class Loop> void CVelmor::FrozenBlock(Loop loop, bool bDrawCaret, bool bRecolouredAfter)
 {
     const bool bWasFrozen = m_bFrozen, bWasDeferring = m_Text.m_bDeferFullUpdate;
+    const bool bWasCached = m_bFrozenClient;
+    if (!m_bFrozenClient && m_bInAction && m_hWnd) {
+        GetClientRect(&m_rcFrozenClient);
+        m_bFrozenClient = true;
+    }
     m_bFrozen = true;
     m_Text.m_bDeferFullUpdate = bWasDeferring || bRecolouredAfter;
     auto thaw = [&] {
         m_bFrozen = bWasFrozen;
+        m_bFrozenClient = bWasCached;
         m_Text.m_bDeferFullUpdate = bWasDeferring;
         if (!bWasDeferring && m_Text.m_bFullUpdateDue) {
             m_Text.m_bFullUpdateDue = false;

@@ -94,7 +94,7 @@ void CVelmor::InitMembers(COLORREF crBackground)
     std::memset(m_szValueBuf, 0, sizeof m_szValueBuf);
     m_strClassName.Format(L"CVelmor::%p", (void*)this);
     m_bInAction = false;
-    m_bFrozen = m_bFrozenRepaint = false;
+    m_bFrozen = m_bFrozenRepaint = m_bFrozenClient = false;
     m_change = ChangeSpan{ false, 0, -1, 0 };
     m_bScrollPending = false;
     m_bRepaintDue = false;

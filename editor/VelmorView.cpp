@@ -25,7 +25,7 @@ CRect CVelmor::GetLineRect(int nLine) const
     if (!m_hWnd)
         return CRect(-1, -1, -1, -1);
     CRect rc;
-    GetClientRect(&rc);
+    ClientRect(&rc);
     rc.top = (nLine - FirstVisibleLine()) * m_nLineHeight;
     rc.bottom = rc.top + m_nLineHeight;
     return rc;
@@ -38,10 +38,18 @@ CRect CVelmor::GetLineRect(int nFirst, int nLast) const
     if (nFirst > nLast)
         std::swap(nFirst, nLast);
     CRect rc;
-    GetClientRect(&rc);
+    ClientRect(&rc);
     rc.top = (nFirst - FirstVisibleLine()) * m_nLineHeight;
     rc.bottom = (nLast - FirstVisibleLine()) * m_nLineHeight + m_nLineHeight;
     return rc;
+}
+
+void CVelmor::ClientRect(CRect* pRect) const
+{
+    if (m_bFrozenClient)
+        *pRect = m_rcFrozenClient;
+    else
+        GetClientRect(pRect);
 }
 
 int CVelmor::FirstVisibleLine() const
@@ -54,7 +62,7 @@ int CVelmor::VisibleLines(bool bAll) const
     if (!m_hWnd)
         return 0;
     CRect rc;
-    GetClientRect(&rc);
+    ClientRect(&rc);
     const int h = rc.Height() / std::max(m_nLineHeight, 1);
     return bAll ? h : std::min(h, (int)m_Text._GetSize());
 }
@@ -73,7 +81,7 @@ int CVelmor::VisibleColumns() const
     if (!m_hWnd)
         return -1;
     CRect rc;
-    GetClientRect(&rc);
+    ClientRect(&rc);
     return rc.Width() / std::max(m_nCharWidth, 1) - 1;
 }
 
