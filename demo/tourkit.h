@@ -363,5 +363,7 @@ void FindScreen(TourRun& run, Keyboard& keys);
 void ContextMenuScreen(TourRun& run);
 void ValueTipScreen(TourRun& run);
 void AboutChecks(TourRun& run);
+void DebugScreens(TourRun& run);
+void AdapterDiesChecks(TourRun& run);
 
 } // namespace tour
