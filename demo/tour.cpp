@@ -270,6 +270,8 @@ int Tour(const std::wstring& dir, bool debugOnly)
     if (debugOnly) {
         g_app.quiet = true;
         DebugScreens(run);
+        PauseChecks(run);
+        NoAdapterChecks(run);
         AdapterDiesChecks(run);
         return run.Finish(4);
     }
@@ -289,6 +291,8 @@ int Tour(const std::wstring& dir, bool debugOnly)
     ValueTipScreen(run);
     AboutChecks(run);
     DebugScreens(run);
+    PauseChecks(run);
+    NoAdapterChecks(run);
     AdapterDiesChecks(run);
     return run.Finish(22);
 }

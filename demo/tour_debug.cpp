@@ -186,4 +186,51 @@ void AdapterDiesChecks(TourRun& run)
     run.Check(!g_app.debug.Active(), L"a step without a session does nothing");
 }
 
+// Without an adapter to start the demo says so, and the editor stays as it
+// was: no session, no arrow.
+void NoAdapterChecks(TourRun& run)
+{
+    if (!OpenFile(SamplePath(L"debug.sl"))) {
+        run.Fail(L"cannot open samples\\debug.sl");
+        return;
+    }
+    wchar_t saved[MAX_PATH * 2] = L"";
+    const bool had = GetEnvironmentVariableW(L"VELMOR_DAP", saved, MAX_PATH * 2) > 0;
+    SetEnvironmentVariableW(L"VELMOR_DAP", L"Z:\\nowhere\\velmor-slang-dap");
+    Choose(ID_DEBUG_START);
+    Pump();
+    SetEnvironmentVariableW(L"VELMOR_DAP", had ? saved : nullptr);
+    const std::wstring output = OutputText();
+    run.Log(L"No adapter: output pane: %ls", output.c_str());
+    run.Check(!g_app.debug.Active(), L"no adapter: no session");
+    run.Check(output.find(L"No debug adapter") != std::wstring::npos &&
+                  output.find(L"nowhere") != std::wstring::npos,
+              L"the output pane says which adapter could not be found");
+    run.Check(g_app.editor->m_nBreakLine == -1 && g_app.editor->GetLineCount() > 20, L"the editor keeps its text");
+}
+
+// Pause stops a script that would run for ever, on the line it was on.
+void PauseChecks(TourRun& run)
+{
+    const std::wstring path = run.Path(L"forever.sl");
+    if (!WriteFileText(path, L"variable i = 0;\nforever {\n   i++;\n}\n") || !OpenFile(path)) {
+        run.Fail(L"cannot write %ls", path.c_str());
+        return;
+    }
+    CVelmor& ed = *g_app.editor;
+    Choose(ID_DEBUG_START);
+    const bool running = WaitFor([] { return g_app.debug.GetState() == CDebugSession::RUNNING; });
+    Sleep(200);
+    Choose(ID_DEBUG_PAUSE);
+    const bool paused = WaitFor(StoppedAndFetched);
+    const std::wstring tip = TipAt(ed, 3, 2); // "i" of "   i++;"
+    run.Log(L"Pause: %ls, reason %hs, at line %d; the tip over i: %ls", paused ? L"stopped" : L"did not stop",
+            g_app.debug.StopReason().c_str(), ed.m_nBreakLine, tip.c_str());
+    run.Check(running && paused && g_app.debug.StopReason() == "pause", L"Pause stops the running script");
+    run.Check(ed.m_nBreakLine >= 2 && ed.m_nBreakLine <= 4, L"the arrow is inside the loop");
+    run.Check(tip.find(L"i=") == 0 && _wtoi(tip.c_str() + 2) > 0, L"the tip shows how far i has counted");
+    Choose(ID_DEBUG_STOP);
+    run.Check(WaitFor([] { return !g_app.debug.Active(); }), L"Stop ends the paused session");
+}
+
 } // namespace tour

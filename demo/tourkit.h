@@ -365,5 +365,7 @@ void ValueTipScreen(TourRun& run);
 void AboutChecks(TourRun& run);
 void DebugScreens(TourRun& run);
 void AdapterDiesChecks(TourRun& run);
+void NoAdapterChecks(TourRun& run);
+void PauseChecks(TourRun& run);
 
 } // namespace tour
