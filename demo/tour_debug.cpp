@@ -197,8 +197,12 @@ void NoAdapterChecks(TourRun& run)
     wchar_t saved[MAX_PATH * 2] = L"";
     const bool had = GetEnvironmentVariableW(L"VELMOR_DAP", saved, MAX_PATH * 2) > 0;
     SetEnvironmentVariableW(L"VELMOR_DAP", L"Z:\\nowhere\\velmor-slang-dap");
+    // The message box that says so too would wait for a click.
+    const bool quiet = g_app.quiet;
+    g_app.quiet = true;
     Choose(ID_DEBUG_START);
     Pump();
+    g_app.quiet = quiet;
     SetEnvironmentVariableW(L"VELMOR_DAP", had ? saved : nullptr);
     const std::wstring output = OutputText();
     run.Log(L"No adapter: output pane: %ls", output.c_str());
