@@ -353,15 +353,17 @@ void CDebugSession::OnVariables(const Asked& p, const json& body)
         d.ref = v.value("variablesReference", 0);
         vars.push_back(d);
     }
-    // One level down from a scope is fetched at once, so that the tip has
-    // a structure's fields and an array's first elements when it opens.
-    if (p.scope && m_state == STOPPED) {
+    // Two levels down from a scope are fetched at once, so that the tip has
+    // a structure's fields, an array's first elements and those of the
+    // arrays and structures they hold when it opens.
+    if (p.depth < 2 && m_state == STOPPED) {
         for (const DapVariable& d : vars) {
             if (d.ref && !m_children.count(d.ref)) {
                 m_children[d.ref];
                 Asked c;
                 c.frame = p.frame;
                 c.ref = d.ref;
+                c.depth = p.depth + 1;
                 Send("variables", { { "variablesReference", d.ref }, { "start", 0 }, { "count", kChildPage } }, c);
             }
         }
@@ -421,7 +423,7 @@ bool CDebugSession::FillValue(const DapVariable& v, CVelmorValue& value, int dep
         value.nLength = br == std::string::npos ? 0 : atoll(v.value.c_str() + br + 1);
         value.nFirst = 0;
         auto it = m_children.find(v.ref);
-        if (depth < 2 && it != m_children.end())
+        if (depth < 3 && it != m_children.end())
             for (const DapVariable& e : it->second) {
                 CVelmorValue ev;
                 FillValue(e, ev, depth + 1);
@@ -432,7 +434,7 @@ bool CDebugSession::FillValue(const DapVariable& v, CVelmorValue& value, int dep
     if (code == VELMOR_T_STRUCT) {
         value.nType = VELMOR_T_STRUCT;
         auto it = m_children.find(v.ref);
-        if (depth < 2 && it != m_children.end())
+        if (depth < 3 && it != m_children.end())
             for (const DapVariable& f : it->second) {
                 CVelmorValue fv;
                 FillValue(f, fv, depth + 1);

@@ -74,6 +74,7 @@ private:
         int frame = -1; // scopes, variables: the frame index they are for
         int ref = 0;    // variables: the reference asked for
         bool scope = false;
+        int depth = 0; // variables: 0 a scope, 1 its values' children, ...
     };
     void Step(const char* command);
     int Send(const std::string& command, const nlohmann::json& args);

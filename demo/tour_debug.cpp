@@ -122,6 +122,8 @@ void DebugScreens(TourRun& run)
     run.Check(structTip.find(L"name=\"sensor A\"") != std::wstring::npos &&
                   structTip.find(L"latitude=51.48") != std::wstring::npos,
               L"the tip reads report's frame: the structure's fields");
+    run.Check(structTip.find(L"readings[0]=3.5") != std::wstring::npos,
+              L"and the first element of the array the structure holds");
     run.Shot(L"20-debug-tip-structure.png", ed.m_wndValueTip.m_hWnd);
     Mouse(ed, WM_MOUSEMOVE, 0, CPoint(2, 2));
 
