@@ -2,6 +2,7 @@
 // window and control, and the commands the menus and the tour run.
 #pragma once
 #include "editor/VelmorCtrl.h"
+#include "debugsession.h"
 #include "hostengine.h"
 #include <memory>
 #include <string>
@@ -37,6 +38,12 @@ enum Command : UINT
     ID_DEBUG_CLEAREXEC,
     ID_DEBUG_DISABLEBREAKS,
     ID_DEBUG_HOLD,
+    ID_DEBUG_START, // Start Debugging, or Continue when stopped
+    ID_DEBUG_NEXT,
+    ID_DEBUG_STEPIN,
+    ID_DEBUG_STEPOUT,
+    ID_DEBUG_PAUSE,
+    ID_DEBUG_STOP,
     ID_HELP_ABOUT = 1301,
 };
 
@@ -52,7 +59,8 @@ struct App
     bool readOnly = false;
     bool breaksDisabled = false;
     bool holding = false; // the script is held at the execution line: the mouse shows values
-    CDemoEngine engine;
+    CDemoEngine engine; // the stand-in engine: what Hold uses without an adapter
+    CDebugSession debug; // the session with the debug adapter
     int fontSize = 100; // tenths of a point
     HACCEL accel = nullptr; // the host's own keys (Ctrl+G)
     int keyNotifications = 0; // VELMOR_WM_KEYNOTIFY messages received
@@ -98,5 +106,6 @@ void RunQueue();
 // Routes what is queued, for about 60 ms.
 void Pump();
 // Plays the scripted tour: one PNG per screen into dir; 0 when every screen
-// was written and showed what it should.
-int Tour(const std::wstring& dir);
+// was written and showed what it should. debugOnly: the debugging screens
+// alone.
+int Tour(const std::wstring& dir, bool debugOnly = false);

@@ -155,6 +155,24 @@ static void ToggleBreakpoint(int line)
     bool on = line < ed.m_arrBreaks.GetSize() && ed.m_arrBreaks[line];
     ed.SetBreakLine(line, on ? 0 : 1);
     ed.RefreshLineNum(TRUE);
+    // In a session the adapter hears of it, and its answer shows the lines
+    // it verified.
+    g_app.debug.SendBreakpoints();
+}
+
+// The debug session's items, by its state.
+static bool DebugItemEnabled(UINT id)
+{
+    const CDebugSession::State st = g_app.debug.GetState();
+    switch (id) {
+    case ID_DEBUG_START: return st == CDebugSession::IDLE || st == CDebugSession::STOPPED;
+    case ID_DEBUG_NEXT:
+    case ID_DEBUG_STEPIN:
+    case ID_DEBUG_STEPOUT: return st == CDebugSession::STOPPED;
+    case ID_DEBUG_PAUSE: return st == CDebugSession::RUNNING;
+    case ID_DEBUG_STOP: return st != CDebugSession::IDLE;
+    }
+    return true;
 }
 
 HMENU BuildMenu()
@@ -201,15 +219,25 @@ HMENU BuildMenu()
     AppendMenuW(view, MF_STRING, ID_VIEW_COMPACT, L"&Compact mode");
     AppendMenuW(view, MF_STRING, ID_VIEW_READONLY, L"&Read-only");
     AppendMenuW(view, MF_POPUP, (UINT_PTR)font, L"&Font size");
+    // The stand-in engine: the demo's own arrow and values, for when no
+    // debug adapter can be started.
+    HMENU standin = CreatePopupMenu();
+    AppendMenuW(standin, MF_STRING, ID_DEBUG_SETEXEC, L"Make the caret line the &execution line");
+    AppendMenuW(standin, MF_STRING, ID_DEBUG_STEP, L"&Step to the next line");
+    AppendMenuW(standin, MF_STRING, ID_DEBUG_CLEAREXEC, L"&Clear the execution line");
+    AppendMenuW(standin, MF_STRING, ID_DEBUG_HOLD, L"&Hold at the execution line (values under the mouse)");
     HMENU debug = CreatePopupMenu();
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_TOGGLEBREAK, L"Toggle &breakpoint on the caret line");
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_SETEXEC, L"Make the caret line the &execution line");
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_STEP, L"&Step to the next line");
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_CLEAREXEC, L"&Clear the execution line");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_START, L"&Start Debugging / Continue\tF5");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_NEXT, L"Step &Over\tF10");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_STEPIN, L"Step &Into\tF11");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_STEPOUT, L"Step O&ut\tShift+F11");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_PAUSE, L"&Pause");
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_STOP, L"S&top Debugging\tShift+F5");
     AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(debug, MF_STRING, ID_DEBUG_TOGGLEBREAK, L"Toggle &Breakpoint\tF9");
     AppendMenuW(debug, MF_STRING, ID_DEBUG_DISABLEBREAKS, L"&Disable breakpoints");
     AppendMenuW(debug, MF_SEPARATOR, 0, nullptr);
-    AppendMenuW(debug, MF_STRING, ID_DEBUG_HOLD, L"&Hold at the execution line (values under the mouse)");
+    AppendMenuW(debug, MF_POPUP, (UINT_PTR)standin, L"Stand-in &engine (without the debug adapter)");
     HMENU help = CreatePopupMenu();
     AppendMenuW(help, MF_STRING, ID_HELP_ABOUT, L"&About Velmor");
     HMENU bar = CreateMenu();
@@ -233,6 +261,12 @@ HACCEL BuildAccelerators()
         { FVIRTKEY | FCONTROL, 'B', (WORD)ID_EDIT_MATCHBRACE },
         { FVIRTKEY, VK_F3, (WORD)ID_EDIT_FINDNEXT },
         { FVIRTKEY | FSHIFT, VK_F3, (WORD)ID_EDIT_FINDPREV },
+        { FVIRTKEY, VK_F5, (WORD)ID_DEBUG_START },
+        { FVIRTKEY | FSHIFT, VK_F5, (WORD)ID_DEBUG_STOP },
+        { FVIRTKEY, VK_F9, (WORD)ID_DEBUG_TOGGLEBREAK },
+        { FVIRTKEY, VK_F10, (WORD)ID_DEBUG_NEXT },
+        { FVIRTKEY, VK_F11, (WORD)ID_DEBUG_STEPIN },
+        { FVIRTKEY | FSHIFT, VK_F11, (WORD)ID_DEBUG_STEPOUT },
     };
     return CreateAcceleratorTableW(keys, (int)(sizeof keys / sizeof keys[0]));
 }
@@ -255,6 +289,8 @@ void UpdateMenuItems(HMENU popup)
         }
         if (id >= ID_EDIT_FIND && id <= ID_EDIT_UNCOMMENT)
             EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (SearchItemEnabled(id) ? MF_ENABLED : MF_GRAYED));
+        if (id >= ID_DEBUG_START && id <= ID_DEBUG_STOP)
+            EnableMenuItem(popup, (UINT)i, MF_BYPOSITION | (DebugItemEnabled(id) ? MF_ENABLED : MF_GRAYED));
     }
 }
 
@@ -358,6 +394,12 @@ void OnCommand(UINT id)
         Refresh();
         break;
     case ID_DEBUG_TOGGLEBREAK: ToggleBreakpoint(ed.GetCurLine()); break;
+    case ID_DEBUG_START: g_app.debug.StartOrContinue(); break;
+    case ID_DEBUG_NEXT: g_app.debug.Next(); break;
+    case ID_DEBUG_STEPIN: g_app.debug.StepIn(); break;
+    case ID_DEBUG_STEPOUT: g_app.debug.StepOut(); break;
+    case ID_DEBUG_PAUSE: g_app.debug.Pause(); break;
+    case ID_DEBUG_STOP: g_app.debug.Stop(); break;
     case ID_DEBUG_SETEXEC:
         ed.SetBreakLine(ed.GetCurLine() + 1);
         ed.RefreshLineNum(TRUE);

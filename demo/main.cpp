@@ -5,12 +5,15 @@
 // control's accelerators first (AfxPreTranslateMessage). The menus and
 // their commands are in commands.cpp, the tour in tour*.cpp, the Go To Line
 // dialog in gotoline.cpp, Find and Replace in findreplace.cpp, Help > About
-// in about.cpp, the stand-in script engine in hostengine.cpp.
+// in about.cpp, the stand-in script engine in hostengine.cpp, the debug
+// session with the debug adapter in debugsession.cpp, dapclient.cpp and
+// debugpanes.cpp.
 //
 //   velmor-demo.exe [script]            opens a window
 //   velmor-demo.exe --tour <dir> [script]  plays a short scripted tour,
 //                                        writes a PNG of each screen into
 //                                        <dir>, prints the paths and exits
+//   velmor-demo.exe --debug-tour <dir>   its debugging screens alone
 #include "about.h"
 #include "app.h"
 #include "findreplace.h"
@@ -80,6 +83,7 @@ static CRect EditorRect()
 {
     CRect rc;
     GetClientRect(g_app.hwnd, &rc);
+    rc.bottom -= DebugPanesHeight();
     if (g_app.compact)
         rc.DeflateRect(kCompactInset, kCompactInset);
     return rc;
@@ -190,6 +194,14 @@ static LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPar
     case WM_SIZE:
         if (g_app.editor && g_app.editor->m_hWnd)
             g_app.editor->MoveWindow(EditorRect());
+        {
+            RECT rc;
+            GetClientRect(hwnd, &rc);
+            LayoutDebugPanes(rc);
+        }
+        return 0;
+    case WM_DAP:
+        g_app.debug.OnPost(wParam, lParam);
         return 0;
     case WM_ERASEBKGND:
         if (g_app.compact) {
@@ -224,12 +236,19 @@ static LRESULT CALLBACK MainProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lPar
             }
             return 0;
         }
+        if (IsCallStackNotify(wParam, lParam)) {
+            g_app.debug.SelectFrame(CallStackSelection());
+            return 0;
+        }
         if (!lParam) {
             OnCommand(LOWORD(wParam));
             return 0;
         }
         break;
     case WM_DESTROY:
+        // Closing the connection ends the adapter and its script.
+        g_app.debug.Stop();
+        g_app.debug.OnPost(DAP_CLOSED, 0);
         g_app.editor.reset();
         PostQuitMessage(0);
         return 0;
@@ -253,6 +272,8 @@ bool OpenFile(const std::wstring& path)
         MessageBoxW(g_app.hwnd, (L"Cannot read " + path).c_str(), L"Velmor demo", MB_ICONERROR);
         return false;
     }
+    // Another file: the session on the previous one ends.
+    g_app.debug.Stop();
     g_app.path = path;
     g_app.editor->DeleteAllBreaks();
     g_app.editor->SetBreakLine(-1);
@@ -294,10 +315,15 @@ void Pump()
 int wmain(int argc, wchar_t** argv)
 {
     std::wstring tourDir, file;
+    bool debugTour = false;
     for (int i = 1; i < argc; ++i) {
         std::wstring a = argv[i];
         if (a == L"--tour" && i + 1 < argc)
             tourDir = argv[++i];
+        else if (a == L"--debug-tour" && i + 1 < argc) {
+            tourDir = argv[++i];
+            debugTour = true;
+        }
         else
             file = a;
     }
@@ -315,6 +341,7 @@ int wmain(int argc, wchar_t** argv)
     g_app.hwnd = CreateWindowExW(0, wc.lpszClassName, L"Velmor demo", WS_OVERLAPPEDWINDOW, 40, 40, 860, 640, nullptr,
                                  g_app.menu, wc.hInstance, nullptr);
     ShowWindow(g_app.hwnd, SW_SHOW);
+    CreateDebugPanes(g_app.hwnd);
     CreateEditor(L"");
     OpenFile(file);
     SetChecks();
@@ -323,7 +350,7 @@ int wmain(int argc, wchar_t** argv)
 
     int rc = 0;
     if (!tourDir.empty()) {
-        rc = Tour(tourDir);
+        rc = Tour(tourDir, debugTour);
         DestroyWindow(g_app.hwnd);
     } else {
         MSG msg;

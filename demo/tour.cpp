@@ -262,10 +262,19 @@ void GoToLineScreen(TourRun& run)
 
 } // namespace tour
 
-int Tour(const std::wstring& dir)
+int Tour(const std::wstring& dir, bool debugOnly)
 {
     CreateDirectoryW(dir.c_str(), nullptr);
     tour::TourRun run(dir);
+    // The debugging screens alone (a test of their own).
+    if (debugOnly) {
+        g_app.quiet = true;
+        DebugScreens(run);
+        PauseChecks(run);
+        NoAdapterChecks(run);
+        AdapterDiesChecks(run);
+        return run.Finish(4);
+    }
     SettingsScreens(run);
     DragScreen(run);
     DoubleClickScreen(run);
@@ -281,5 +290,9 @@ int Tour(const std::wstring& dir)
     ContextMenuScreen(run);
     ValueTipScreen(run);
     AboutChecks(run);
-    return run.Finish(18);
+    DebugScreens(run);
+    PauseChecks(run);
+    NoAdapterChecks(run);
+    AdapterDiesChecks(run);
+    return run.Finish(22);
 }

@@ -363,5 +363,9 @@ void FindScreen(TourRun& run, Keyboard& keys);
 void ContextMenuScreen(TourRun& run);
 void ValueTipScreen(TourRun& run);
 void AboutChecks(TourRun& run);
+void DebugScreens(TourRun& run);
+void AdapterDiesChecks(TourRun& run);
+void NoAdapterChecks(TourRun& run);
+void PauseChecks(TourRun& run);
 
 } // namespace tour
