@@ -69,7 +69,7 @@ fuzz: | deps
 	@tail -1 $(FUZZ)/records_fuzz.log
 	clang++ -std=c++17 -O1 -g -fsanitize=fuzzer,address,undefined -I. \
 	  framework/afxexcept.cpp framework/afxstr.cpp framework/afxstrmem.cpp \
-	  text/Colorizer.cpp text/ColourProgress.cpp text/ScriptText.cpp editor/UndoFrame.cpp \
+	  text/Colorizer.cpp text/ColourProgress.cpp text/ScriptText.cpp text/WordTable.cpp editor/UndoFrame.cpp \
 	  tests/fuzz/bigedit_fuzz.cpp -o $(FUZZ)/bigedit_fuzz
 	cd $(FUZZ) && ./bigedit_fuzz -runs=$$(( $(FUZZ_RUNS) / 10 )) -max_len=4096 -timeout=10 -seed=1 >bigedit_fuzz.log 2>&1 \
 	  || { tail -40 bigedit_fuzz.log; exit 1; }

@@ -67,6 +67,15 @@ struct Session
     }
 };
 
+// --only TEXT: only the operations whose label starts with TEXT (for
+// looking into one under a profiler).
+const char* g_only = nullptr;
+
+bool Wanted(const char* label)
+{
+    return !g_only || !std::strncmp(label, g_only, std::strlen(g_only));
+}
+
 void Print(const char* label, double ms, const char* detail = "")
 {
     std::printf("  %s %.1f ms%s\n", label, ms, detail);
@@ -77,44 +86,56 @@ void Print(const char* label, double ms, const char* detail = "")
 
 int main(int argc, char** argv)
 {
-    // --random-only: only the random edits (for looking into one).
-    const bool bRandomOnly = argc > 1 && !std::strcmp(argv[1], "--random-only");
+    if (argc > 2 && !std::strcmp(argv[1], "--only"))
+        g_only = argv[2];
     const std::wstring script = MakeScript((size_t)10 * kMiB);
     HWND host = CreateHost();
     PumpMessages();
     Session s{host, script, nullptr};
 
-    if (!bRandomOnly) {
+    if (Wanted("select all") || Wanted("undo of select") || Wanted("redo of select")) {
     s.Load();
     s.SelectAll();
     Print("select all + Delete, 10 MiB:", s.Time([&] { ::SendMessageW(s.hwnd(), WM_KEYDOWN, VK_DELETE, 0); }));
     Print("undo of select all + Delete, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_UNDO); }));
     Print("redo of select all + Delete, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_REDO); }));
+    }
 
+    if (Wanted("cut")) {
     s.Load();
     s.SelectMiddleHalf();
     Print("cut the middle half, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_CUT); }));
+    }
 
+    if (Wanted("paste") || Wanted("undo of that")) {
     s.Load();
     SetClipboard(host, MakeScript((size_t)5 * kMiB));
     s.SelectMiddleHalf();
     Print("paste 5 MiB over the middle half, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_PASTE); }));
     Print("undo of that paste, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_UNDO); }));
+    }
 
+    if (Wanted("block") || Wanted("undo of block")) {
     s.Load();
     s.SelectAll();
     Print("block indent of every line, 10 MiB:", s.Time([&] { ::SendMessageW(s.hwnd(), WM_CHAR, L'\t', 1); }));
     Print("undo of block indent, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_UNDO); }));
+    }
 
+    if (Wanted("comment")) {
     s.Load();
     s.SelectAll();
     Print("comment out every line, 10 MiB:", s.Time([&] { s.ctl->CommentOutSelect(); }));
+    }
 
+    if (Wanted("copy")) {
     s.Load();
     s.SelectAll();
     Print("copy all, 10 MiB:", s.Time([&] { s.Command(ID_EDIT_COPY); }));
     }
 
+    if (!Wanted("slowest"))
+        return 0;
     // Random big edits: selections from one line to every line (sizes
     // spread evenly on a logarithmic scale), each deleted, typed over,
     // pasted over, indented, unindented, commented or uncommented, with

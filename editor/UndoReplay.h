@@ -14,7 +14,8 @@
 //   int LineCount();                 CString Line(int n);
 //   void Remove(int n);              // nothing when n is past the end
 //   void Insert(const CString&, int n);
-//   void Set(const CString&, int n);
+//   CString Exchange(CString&& text, int n);  // line n (present) becomes
+//                                    // text; gives back its old text
 //   void RemoveBlock(int n, int count);               // lines n .. n+count-1, all present
 //   void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd);
 //                                    // n <= LineCount(); bFromEnd: as if
@@ -55,7 +56,7 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
     UndoEntry e;
     std::vector<UndoEntry> run;
     // One entry as it always was applied.
-    auto single = [&](const UndoEntry& e) {
+    auto single = [&](UndoEntry& e) {
         target.Visit(e.line, target.LineCount());
         UndoEntry r;
         r.line = e.line;
@@ -72,10 +73,11 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
             target.Insert(e.text, e.line);
             break;
         default:
+            // A history that no longer fits the text (lines changed
+            // without recording) cannot change a line that is not there.
             r.kind = LineChanged;
             if (exists)
-                r.text = target.Line(e.line);
-            target.Set(e.text, e.line);
+                r.text = target.Exchange(std::move(e.text), e.line);
             break;
         }
         r.cursor = target.Cursor();
@@ -107,7 +109,7 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
                            (insert ? first <= n0
                                    : (step == 0 ? first + m <= n0 : first < n0 && first - m + 1 >= 0));
         if (!block) {
-            for (const UndoEntry& x : run)
+            for (UndoEntry& x : run)
                 single(x);
             continue;
         }

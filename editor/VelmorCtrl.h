@@ -98,6 +98,11 @@ public:
     // told not to. Note the different order of the two flags.
     void InsertTextLine(const CString& text, int nLine, bool bUpdate, bool bNoUndo);
     void SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUpdate);
+    // The same, taking the text over.
+    void SetTextLine(CString&& text, int nLine, bool bNoUndo, bool bUpdate);
+    // Sets a line without recording it, exchanging: text receives the
+    // line's old text (nothing is copied).
+    void ExchangeTextLine(CString& text, int nLine, bool bUpdate);
     void RemoveTextLine(int nLine, bool bNoUndo, bool bUpdate);
     // Block forms of the two, recording nothing (callers record the entries
     // the single-line forms would have): the lines go in at nLine, taken

@@ -44,7 +44,7 @@ void CVelmor::InsertString(CString& text, bool bInvalidate)
             CRect rc = Grown(GetLineRect(y));
             InvalidateRect(&rc, FALSE);
         }
-        SetTextLine(joined, y, false, true);
+        SetTextLine(std::move(joined), y, false, true);
         _SetCursorPosX(x + text.GetLength());
         ScrollToCursor();
         UpdateAnchor(false);

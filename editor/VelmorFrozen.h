@@ -1,6 +1,7 @@
 // The control frozen while a block of lines changes.
 #pragma once
 #include "VelmorCtrl.h"
+#include "../text/WordTable.h"
 
 // Runs a loop over a block's lines with the control frozen: its lines are
 // not repainted nor the caret moved on the screen one line at a time (the
@@ -8,6 +9,8 @@
 // is then shown where the loop left it, as line-by-line drawing would.
 // bRecolouredAfter: the caller recolours the whole text after the loop,
 // so the recolourings comment delimiters ask for can wait for its end.
+// The lines it colours look their words up in one table (no word set
+// changes inside the loop).
 template <class Loop> void CVelmor::FrozenBlock(Loop loop, bool bDrawCaret, bool bRecolouredAfter)
 {
     const bool bWasFrozen = m_bFrozen, bWasDeferring = m_Text.m_bDeferFullUpdate;
@@ -31,13 +34,16 @@ template <class Loop> void CVelmor::FrozenBlock(Loop loop, bool bDrawCaret, bool
             InvalidateAll(TRUE);
         }
     };
-    try {
-        loop();
-    } catch (...) {
+    {
+        CColourBatch batch;
+        try {
+            loop();
+        } catch (...) {
+            thaw();
+            throw;
+        }
         thaw();
-        throw;
     }
-    thaw();
     if (!m_bFrozen && bDrawCaret)
         DrawCursor(true);
 }

@@ -37,16 +37,29 @@ int CVelmor::FindFrom(int nStartLine, int nEndLine, const wchar_t* pszWhat, int&
             nPos = 0;
             return FindFrom(wrap, nStartLine, pszWhat, nPos, wFlags, false);
         }
-        // Lines live in blocks of their own: the one a few lines ahead is
-        // fetched while this one is searched, so the scan waits on memory
-        // once, not once a line.
-        const int ahead = line + 16 * step;
-        if (ahead >= 0 && ahead < n)
-            AfxPrefetchText(m_Text.LineRef(ahead));
-        const int col = SearchLine(m_Text.LineRef(line), pszWhat, nPos, wFlags);
-        if (col < 0) {
-            nPos = 0;
-            continue;
+        int col;
+        if (!bBack) {
+            // Forwards, every line up to where this pass ends (its end line,
+            // or the end of the text) in one scan.
+            const int stop = nEndLine > line && nEndLine < n ? nEndLine : n;
+            const int hit = SearchLinesForward(m_Text.m_arrLines.GetData(), line, stop, pszWhat, nPos, wFlags, col);
+            if (hit == stop) {
+                nPos = 0;
+                line = stop - 1;
+                continue;
+            }
+            line = hit;
+        } else {
+            // Lines live in blocks of their own: the one a few lines ahead
+            // is fetched while this one is searched, so the scan waits on
+            // memory once, not once a line.
+            if (line - 16 >= 0)
+                AfxPrefetchText(m_Text.LineRef(line - 16));
+            col = SearchLine(m_Text.LineRef(line), pszWhat, nPos, wFlags);
+            if (col < 0) {
+                nPos = 0;
+                continue;
+            }
         }
         const int len = (int)std::wcslen(pszWhat);
         nPos = bBack ? std::max(col, 0) : col + len;

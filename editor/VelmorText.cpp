@@ -1,17 +1,10 @@
 // Text in and out, and the four primitives every edit goes through.
 #include "VelmorCtrl.h"
+#include "../text/CommentScan.h"
+#include "../text/WordTable.h"
 #include <algorithm>
 #include <cwchar>
 #include <utility>
-
-namespace {
-
-bool HasCommentDelimiter(const CString& s)
-{
-    return s.Find(L"/*") >= 0 || s.Find(L"*/") >= 0;
-}
-
-} // namespace
 
 // Copies n characters of a line into buffer, tabs expanded to the next tab
 // stop (the spaces MakeTab gives at that column).
@@ -117,6 +110,7 @@ void CVelmor::GetSourceCodes(CString& strText) const
     const int n = (int)m_Text._GetSize();
     strText.Preallocate(TextLength());
     CString line;
+    CColourBatch batch; // lines owed colours are coloured as they are read
     for (int i = 0; i < n; ++i) {
         line = m_Text.LineRef(i);
         const std::vector<unsigned long>& colors = m_Text._GetLineColors(i);
@@ -194,10 +188,38 @@ void CVelmor::InsertTextLine(const CString& text, int nLine, bool bUpdate, bool 
 
 void CVelmor::SetTextLine(const CString& text, int nLine, bool bNoUndo, bool bUpdate)
 {
-    CString old = m_Text._GetLine(nLine); // a bad index throws before anything changes
+    const CString& old = m_Text.LineRef(nLine); // a bad index throws before anything changes
     if (!bNoUndo)
-        m_CurFrame.AddEntry(UndoEntry{ std::move(old), LineChanged, nLine, m_ptCursor, m_ptAnchor });
-    const int nSet = m_Text._SetLine(text, nLine);
+        m_CurFrame.AddEntry(UndoEntry{ old, LineChanged, nLine, m_ptCursor, m_ptAnchor });
+    CString copy(text);
+    ExchangeTextLine(copy, nLine, bUpdate);
+}
+
+void CVelmor::SetTextLine(CString&& text, int nLine, bool bNoUndo, bool bUpdate)
+{
+    // The line's old text moves into its undo entry, the new one into the
+    // store: nothing is copied.
+    const CPoint cursor = m_ptCursor, anchor = m_ptAnchor;
+    const wchar_t* const pOld = m_Text.LineRef(nLine).GetString(); // a bad index throws here
+    try {
+        ExchangeTextLine(text, nLine, bUpdate);
+    } catch (...) {
+        // Recorded as the copying form records it, before anything can
+        // fail: the old text is in text when the exchange took place (it
+        // then holds the old characters' very block), else still in the line.
+        if (!bNoUndo) {
+            CString old = text.GetString() == pOld ? std::move(text) : m_Text.LineRef(nLine);
+            m_CurFrame.AddEntry(UndoEntry{ std::move(old), LineChanged, nLine, cursor, anchor });
+        }
+        throw;
+    }
+    if (!bNoUndo)
+        m_CurFrame.AddEntry(UndoEntry{ std::move(text), LineChanged, nLine, cursor, anchor });
+}
+
+void CVelmor::ExchangeTextLine(CString& text, int nLine, bool bUpdate)
+{
+    const int nSet = m_Text._ExchangeLine(text, nLine);
     NoteChange(nLine, 0, 0);
     if (nSet == 1) {
         if (m_bFrozen)

@@ -68,12 +68,10 @@ struct ControlTarget
     CString Line(int n) { return c.m_Text._GetLine(n); }
     void Remove(int n) { c.RemoveTextLine(n, true, false); }
     void Insert(const CString& text, int n) { c.InsertTextLine(text, n, true, true); }
-    void Set(const CString& text, int n)
+    CString Exchange(CString&& text, int n)
     {
-        // A history that no longer fits the text (lines changed without
-        // recording) cannot change a line that is not there.
-        if (n >= 0 && n < LineCount())
-            c.SetTextLine(text, n, true, false);
+        c.ExchangeTextLine(text, n, false);
+        return std::move(text);
     }
     void RemoveBlock(int n, int count) { c._RemoveLineBlock(n, count, false); }
     void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd) { c._InsertLineBlock(lines, n, true, bFromEnd); }

@@ -1,5 +1,6 @@
 #include "Colorizer.h"
 #include "CommentScan.h"
+#include "WordTable.h"
 #include <cwctype>
 #include <algorithm>
 #include <queue>
@@ -8,11 +9,23 @@
 
 namespace {
 
+// Which ASCII characters are word characters: letters, digits and '_'.
+struct AsciiWordChars
+{
+    bool is[128];
+    AsciiWordChars() : is()
+    {
+        for (int c = 0; c < 128; ++c)
+            is[c] = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    }
+};
+const AsciiWordChars kAscii;
+
 // Letters, digits (of the runtime's wide classification) and '_'.
 inline bool IsWordChar(wchar_t c)
 {
-    if (c < 0x80)
-        return (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_';
+    if ((unsigned)c < 0x80)
+        return kAscii.is[(unsigned)c];
     return iswalnum((wint_t)c) != 0;
 }
 
@@ -44,7 +57,29 @@ struct Span
     int from, to; // [from, to), clamped to the line when painted
     unsigned long color;
 };
-typedef std::vector<Span> Spans;
+
+// The spans of one line: the first few in place (a line seldom has more
+// than a comment or two), more on the heap.
+class Spans
+{
+public:
+    void push_back(const Span& s)
+    {
+        if (m_n < kLocal)
+            m_local[m_n] = s;
+        else
+            m_more.push_back(s);
+        ++m_n;
+    }
+    size_t size() const { return m_n; }
+    const Span& operator[](size_t i) const { return i < kLocal ? m_local[i] : m_more[i - kLocal]; }
+
+private:
+    static const size_t kLocal = 8;
+    Span m_local[kLocal];
+    std::vector<Span> m_more;
+    size_t m_n = 0;
+};
 
 // Paints spans given in order, so that each character ends in the colour
 // of the last span that covers it: exactly what painting them one after the
@@ -53,8 +88,8 @@ void PaintSpans(std::vector<unsigned long>& colors, const Spans& spans)
 {
     const int len = (int)colors.size();
     if (spans.size() <= 8) {
-        for (const Span& s : spans)
-            Fill(colors, s.from, s.to, s.color);
+        for (size_t i = 0; i < spans.size(); ++i)
+            Fill(colors, spans[i].from, spans[i].to, spans[i].color);
         return;
     }
     // Sweep the line: at each span boundary the colour is that of the
@@ -149,17 +184,22 @@ inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, in
 
 } // namespace
 
-bool SampleCommentFlagAfter(const CString& line, bool bInComment)
+bool HasCommentDelimiter(const CString& line)
 {
-    // Only a "/*" or "*/" can change the flag: a line whose slashes have
-    // no star beside them leaves it as it was.
+    // Every "/*" and "*/" has a slash with a star beside it.
     const int len = line.GetLength();
     const wchar_t* p = line.GetString();
     for (const wchar_t* q = p; len >= 2 && (q = AfxFindChar(q, (size_t)(p + len - q), L'/')) != nullptr; ++q) {
         if ((q > p && q[-1] == L'*') || (q + 1 < p + len && q[1] == L'*'))
-            return ScanBlockComments(line, bInComment, nullptr);
+            return true;
     }
-    return bInComment;
+    return false;
+}
+
+bool SampleCommentFlagAfter(const CString& line, bool bInComment)
+{
+    // Only a "/*" or "*/" can change the flag.
+    return HasCommentDelimiter(line) ? ScanBlockComments(line, bInComment, nullptr) : bInComment;
 }
 
 void AFXAPI AddBuiltinWords(CColorizer& colorizer)
@@ -191,6 +231,7 @@ void CColorizer::Insert(std::set<CString>& set, const wchar_t* pszWord) const
     if (m_bNoCase)
         word.MakeUpper();
     set.insert(word);
+    CColourBatch::Forget();
 }
 
 int CColorizer::Contains(const std::set<CString>& set, CString& word) const
@@ -237,9 +278,12 @@ void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& 
         CString word;
         int kind = -1; // -1 unknown, else WordKind's answer
     };
+    // Inside a colouring batch they read a table made once from the sets.
     std::unique_ptr<Recent[]> recent;
     const int kRecent = 64;
-    if (len >= 512 && (typeid(*this) == typeid(CColorizer) || typeid(*this) == typeid(CSampleColorizer)))
+    const bool bLibrary = typeid(*this) == typeid(CColorizer) || typeid(*this) == typeid(CSampleColorizer);
+    const CWordTable* table = bLibrary ? ColourBatchTable(*this) : nullptr;
+    if (len >= 512 && bLibrary && !table)
         recent.reset(new Recent[kRecent]);
 
     int i = 0;
@@ -255,7 +299,16 @@ void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& 
             ++i;
         const int n = i - start;
         int kind;
-        if (recent) {
+        if (table) {
+            if (m_bNoCase) {
+                // The sets hold such words in upper case: so is the word asked.
+                word.SetString(p + start, n);
+                word.MakeUpper();
+                kind = table->Kind(word.GetString(), word.GetLength());
+            } else {
+                kind = table->Kind(p + start, n);
+            }
+        } else if (recent) {
             Recent& r = recent[(unsigned)(n * 31 + (n ? p[start] * 7 + p[i - 1] : 0)) % kRecent];
             if (r.kind < 0 || !SameText(r.word, p + start, n)) {
                 r.word.SetString(p + start, n);
@@ -304,14 +357,20 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
     // painted at the end (see PaintSpans), since painting each at once would
     // repaint the line from its start or to its end for every pair of a
     // long line.
-    if (len >= 2) {
+    // A line without a slash holds no comment delimiter at all: within a
+    // block comment it is comment text, else it has no comment.
+    const wchar_t* p = line.GetString();
+    const wchar_t* slash = len >= 2 ? AfxFindChar(p, (size_t)len, L'/') : nullptr;
+    if (slash) {
         Spans spans;
         m_bInComment = ScanBlockComments(line, m_bInComment, &spans);
         PaintSpans(colors, spans);
+    } else if (len >= 2 && m_bInComment) {
+        Fill(colors, 0, len, COLOR_OPEN_COMMENT);
     }
 
     // A line comment runs to the end, whatever it stands in.
-    const int slashes = line.Find(L"//");
+    const int slashes = slash ? line.Find(L"//", (int)(slash - p)) : -1;
     if (slashes >= 0)
         Fill(colors, slashes, len, COLOR_CLOSED_COMMENT);
 
@@ -323,7 +382,6 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
             FillOutsideComments(colors, q1, q2 + 1, COLOR_STRING);
     }
 
-    const wchar_t* p = line.GetString();
     const bool plusMinus = p[0] == L'@' && (p[1] == L'-' || p[1] == L'+');
     if (len == 2 && plusMinus) {
         Fill(colors, 0, len, COLOR_KEYWORD);

@@ -1,6 +1,7 @@
 #include "ColourProgress.h"
 #include "CommentScan.h"
 #include "ScriptText.h"
+#include "WordTable.h"
 #include <algorithm>
 #include <climits>
 #include <typeinfo>
@@ -162,6 +163,7 @@ void CColourProgress::FullUpdate(CScriptText& text)
         m_snapKeys = c.m_setKeys;
         m_snapOps = c.m_setOps;
         m_snapFuncs = c.m_setFuncs;
+        CColourBatch::Forget();
         m_bSnapNoCase = c.m_bNoCase;
         m_pSnapFor = &c;
         m_pSnapType = &typeid(c);
@@ -184,7 +186,7 @@ void CColourProgress::FullUpdate(CScriptText& text)
     m_bFlagOwed = true;
 }
 
-void CColourProgress::Advance(CScriptText& text, int nLast)
+void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
 {
     const int n = (int)m_Lines.size();
     nLast = std::min(nLast, n - 1);
@@ -226,7 +228,7 @@ void CColourProgress::Advance(CScriptText& text, int nLast)
                 }
                 if (i > nLast)
                     break;
-                if (i < nLast && bFlagOnly) {
+                if ((i < nLast || !bColourLast) && bFlagOnly) {
                     // Not read: owed, its state followed.
                     const bool bExit = bSample ? SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState) : bState;
                     m_Lines[(size_t)i] =

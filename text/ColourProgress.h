@@ -55,6 +55,14 @@ public:
         if (m_Lines[(size_t)nLine] & kOwed)
             Compute(text, nLine);
     }
+    // Before line nLine gets text whose colours do not build on its old
+    // ones (the sample colorizer colours every line afresh): the
+    // recolouring passes the line as Read would, without colouring it.
+    void Pass(CScriptText& text, int nLine)
+    {
+        if (m_bPending && nLine >= m_nPending)
+            Advance(text, nLine, m_kind == kHost);
+    }
     // Before lines from nLine on change: the recolouring passes the lines
     // before it (which may stay owed), so it goes on after the change as
     // it would have had the change come after it.
@@ -100,7 +108,9 @@ private:
     // The line is chained and was coloured from this entry state.
     static bool Holds(uint8_t m, bool bState) { return (m & kChained) && Entry(m) == bState; }
 
-    void Advance(CScriptText& text, int nLast);
+    // Moves the watermark past line nLast, colouring nLast itself unless
+    // bColourLast is false (then it is left owed).
+    void Advance(CScriptText& text, int nLast, bool bColourLast = true);
     void Compute(CScriptText& text, int nLine);
     void Finished(int nFrom, bool bCleanFrom, bool bState, int nLines);
     void Dirty(int nFrom, int nTo, int nLines);

@@ -5,3 +5,6 @@
 #include "../framework/afxstr.h"
 
 bool SampleCommentFlagAfter(const CString& line, bool bInComment);
+
+// Whether a line holds a "/*" or a "*/" (one pass over its slashes).
+bool HasCommentDelimiter(const CString& line);

@@ -1,6 +1,9 @@
 #include "ScriptText.h"
 #include "ColourProgress.h"
+#include "CommentScan.h"
+#include "WordTable.h"
 #include <iterator>
+#include <utility>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -65,7 +68,8 @@ const std::vector<unsigned long>& CScriptText::_GetLineColors(int nLine) const
 
 void CScriptText::CountLength(int nLength, int nDelta)
 {
-    auto it = m_LengthCount.emplace(nLength, 0).first;
+    // (try_emplace makes no node for a length already counted.)
+    auto it = m_LengthCount.try_emplace(nLength, 0).first;
     it->second += nDelta;
     if (it->second <= 0)
         m_LengthCount.erase(it);
@@ -144,18 +148,35 @@ void CScriptText::_InsertLine(CString&& text, int nLine, int bColor)
 
 int CScriptText::_SetLine(const CString& text, int nLine)
 {
-    const int nOldLength = m_arrLines.GetAt(nLine).GetLength();
+    // (The line's own block is reused when the text fits in it.)
+    return StoreLine(nLine, [&](CString& line) { line = text; });
+}
+
+int CScriptText::_ExchangeLine(CString& text, int nLine)
+{
+    return StoreLine(nLine, [&](CString& line) { std::swap(line, text); });
+}
+
+template <class Put> int CScriptText::StoreLine(int nLine, Put put)
+{
+    CString& line = m_arrLines.ElementAt(nLine); // a bad index throws before anything changes
+    const int nOldLength = line.GetLength();
     // The line's colours as they read (the base colouring keeps some), the
-    // lines before it passed by the recolouring.
-    m_pProgress->Read(*this, nLine);
-    m_arrLines.SetAt(nLine, text);
+    // lines before it passed by the recolouring. The sample colorizer
+    // colours every line afresh: its old colours are not needed.
+    if (typeid(*m_pColorizer) == typeid(CSampleColorizer))
+        m_pProgress->Pass(*this, nLine);
+    else
+        m_pProgress->Read(*this, nLine);
+    put(line);
+    const CString& text = line;
     CountLength(nOldLength, -1);
     CountLength(text.GetLength(), 1);
     m_pProgress->Changed(nLine, m_arrLines.GetSize());
     m_pColorizer->m_bInComment = false;
     m_pProgress->FlagCleared();
     if (nLine > 0 && !text.IsEmpty()) {
-        if (text.Find(L"*/") >= 0 || text.Find(L"/*") >= 0) {
+        if (HasCommentDelimiter(text)) {
             if (m_bDeferFullUpdate && typeid(*m_pColorizer) == typeid(CSampleColorizer))
                 m_bFullUpdateDue = true;
             else
@@ -209,6 +230,7 @@ void CScriptText::_InsertLines(std::vector<CString>& lines, int nLine, int bColo
     m_arrLines.Reserve(m_arrLines.GetSize() + nCount);
     m_LineColors.reserve(m_LineColors.size() + (size_t)nCount);
     std::vector<std::vector<unsigned long>> colors((size_t)nCount);
+    CColourBatch batch;
     for (int k = 0; k < nCount; ++k) {
         const size_t i = (size_t)(bFromEnd ? nCount - 1 - k : k);
         CountLength(lines[i].GetLength(), 1);

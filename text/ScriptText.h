@@ -35,6 +35,9 @@ public:
     void _InsertLine(CString&& text, int nLine, int bColor);
     // Replaces line nLine; returns 1 when the whole text was recoloured.
     int _SetLine(const CString& text, int nLine);
+    // The same, exchanging: the line takes text over, and text receives the
+    // line's old text (nothing is copied).
+    int _ExchangeLine(CString& text, int nLine);
     void _RemoveLine(int nLine);
     // Block forms, one pass over the lines that move instead of one per
     // line: the lines go in at nLine (past the end: appended), taken over
@@ -81,6 +84,7 @@ public:
     const CString& LineRef(int nLine) const { return m_arrLines.GetAt(nLine); }
 
 private:
+    template <class Put> int StoreLine(int nLine, Put put);
     std::vector<unsigned long>& Colors(int nLine);
     void ColorLine(int nLine);
     void CountLength(int nLength, int nDelta);

@@ -2,6 +2,9 @@
 #include "TextWalk.h"
 #include <cwchar>
 #include <cwctype>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 int AFXAPI ReverseFind(const wchar_t* str, const wchar_t* what, int n)
 {
@@ -103,6 +106,138 @@ int AFXAPI SearchLine(const CString& line, const wchar_t* what, int nPos, unsign
     const bool before = IsWordChar(Upper(line[col - 1]));
     const bool after = end < line.GetLength() && IsWordChar(Upper(line[end]));
     return before || after ? -1 : col;
+}
+
+namespace {
+
+// A quick test that lets through every line in which a forward search can
+// find what from column 0: such a line has, at some column, a character
+// that can match what's first one and, wlen - 1 further, one that can match
+// its last. Which characters can: ignoring case, the first character of
+// what matches only itself and its lower case (non-ASCII characters never
+// stand for an ASCII one there, see FindUpper); a later character of what
+// matches, in the line's upper-case reading, itself, its lower case, and
+// possibly any non-ASCII character (whose upper case may be anything).
+class LineFilter
+{
+public:
+    LineFilter(const wchar_t* what, unsigned short flags)
+    {
+        m_wlen = (int)std::wcslen(what);
+        if (m_wlen == 0 || (flags & VELMOR_FIND_BACKWARDS))
+            return;
+        const bool bUpper = !(flags & VELMOR_FIND_MATCHCASE);
+        const wchar_t w0 = what[0], wl = what[m_wlen - 1];
+        if (bUpper && (unsigned)w0 >= 0x80)
+            return; // (not worth a filter)
+        m_f1 = w0;
+        m_f2 = bUpper ? Lower(w0) : w0;
+        m_l1 = wl;
+        m_l2 = bUpper ? Lower(wl) : wl;
+        m_bLastWide = bUpper && m_wlen > 1;
+        m_bUsable = true;
+    }
+    bool Usable() const { return m_bUsable; }
+
+    bool MayHold(const CString& line) const
+    {
+        const int len = line.GetLength();
+        const int positions = len - m_wlen + 1; // columns where what could start
+        if (positions <= 0)
+            return false;
+        const wchar_t* p = line.GetString();
+        const wchar_t* q = p + m_wlen - 1;      // the last character at each of them
+        int i = 0;
+#ifdef __SSE2__
+        const int lanes = 16 / (int)sizeof(wchar_t);
+        if (positions >= lanes) {
+            for (;; i += lanes) {
+                if (i > positions - lanes)
+                    i = positions - lanes; // the last block overlaps the one before
+                if (Block(p + i, q + i))
+                    return true;
+                if (i == positions - lanes)
+                    return false;
+            }
+        }
+#endif
+        for (; i < positions; ++i)
+            if (First(p[i]) && Last(q[i]))
+                return true;
+        return false;
+    }
+
+private:
+    static wchar_t Lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? (wchar_t)(c + (L'a' - L'A')) : c; }
+    bool First(wchar_t c) const { return c == m_f1 || c == m_f2; }
+    bool Last(wchar_t c) const { return c == m_l1 || c == m_l2 || (m_bLastWide && (unsigned)c >= 0x80); }
+
+#ifdef __SSE2__
+    // Whether any of the positions a vector holds passes, for the first
+    // characters at a and the last at b.
+    bool Block(const wchar_t* a, const wchar_t* b) const
+    {
+        const __m128i va = _mm_loadu_si128((const __m128i*)a), vb = _mm_loadu_si128((const __m128i*)b);
+        __m128i first, last;
+        if constexpr (sizeof(wchar_t) == 2) {
+            first = _mm_or_si128(_mm_cmpeq_epi16(va, _mm_set1_epi16((short)m_f1)),
+                                 _mm_cmpeq_epi16(va, _mm_set1_epi16((short)m_f2)));
+            last = _mm_or_si128(_mm_cmpeq_epi16(vb, _mm_set1_epi16((short)m_l1)),
+                                _mm_cmpeq_epi16(vb, _mm_set1_epi16((short)m_l2)));
+            if (m_bLastWide) {
+                const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(vb, _mm_set1_epi16((short)0xFF80)),
+                                                      _mm_setzero_si128());
+                last = _mm_or_si128(last, _mm_andnot_si128(ascii, _mm_set1_epi16(-1)));
+            }
+        } else {
+            first = _mm_or_si128(_mm_cmpeq_epi32(va, _mm_set1_epi32((int)m_f1)),
+                                 _mm_cmpeq_epi32(va, _mm_set1_epi32((int)m_f2)));
+            last = _mm_or_si128(_mm_cmpeq_epi32(vb, _mm_set1_epi32((int)m_l1)),
+                                _mm_cmpeq_epi32(vb, _mm_set1_epi32((int)m_l2)));
+            if (m_bLastWide) {
+                const __m128i ascii = _mm_cmpeq_epi32(_mm_and_si128(vb, _mm_set1_epi32((int)0xFFFFFF80u)),
+                                                      _mm_setzero_si128());
+                last = _mm_or_si128(last, _mm_andnot_si128(ascii, _mm_set1_epi32(-1)));
+            }
+        }
+        return _mm_movemask_epi8(_mm_and_si128(first, last)) != 0;
+    }
+#endif
+
+    int m_wlen = 0;
+    bool m_bUsable = false;
+    wchar_t m_f1 = 0, m_f2 = 0, m_l1 = 0, m_l2 = 0;
+    bool m_bLastWide = false;
+};
+
+} // namespace
+
+int AFXAPI SearchLinesForward(const CString* lines, int nFirst, int nEnd, const wchar_t* what, int nPos,
+                              unsigned short flags, int& nCol)
+{
+    nCol = -1;
+    if (!what || nFirst >= nEnd)
+        return nEnd;
+    const LineFilter filter(what, flags);
+    for (int line = nFirst; line < nEnd; ++line) {
+        // Lines live in blocks of their own: the one a few lines ahead is
+        // fetched while this one is searched, so the scan waits on memory
+        // once, not once a line (its length stands just before its text).
+        if (line + 16 < nEnd) {
+            const char* ahead = (const char*)lines[line + 16].GetString();
+            __builtin_prefetch(ahead - 8);
+            __builtin_prefetch(ahead + 56);
+        }
+        const int from = line == nFirst ? nPos : 0;
+        if (from == 0 && filter.Usable() && !filter.MayHold(lines[line]))
+            continue;
+        const int col = SearchLine(lines[line], what, from, flags);
+        if (col >= 0) {
+            nCol = col;
+            return line;
+        }
+    }
+    return nEnd;
 }
 
 CString AFXAPI LineCommentOut(const CString& line)

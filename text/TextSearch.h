@@ -23,6 +23,14 @@ AFX_EXT_API int AFXAPI ReverseFind(const wchar_t* str, const wchar_t* what, int 
 // the line gives nothing (its rest is not searched). The column, or -1.
 AFX_EXT_API int AFXAPI SearchLine(const CString& line, const wchar_t* what, int nPos, unsigned short flags);
 
+// A forward search over lines[nFirst] .. lines[nEnd - 1]: the first line in
+// which SearchLine finds what, the first line searched from column nPos
+// and the others from column 0; its column goes to nCol. nEnd when no line
+// has it. Gives exactly what SearchLine on each line in turn gives, but
+// passes over lines that cannot hold what several characters at a step.
+AFX_EXT_API int AFXAPI SearchLinesForward(const CString* lines, int nFirst, int nEnd, const wchar_t* what, int nPos,
+                                          unsigned short flags, int& nCol);
+
 // A line commented out with "//": the marker takes the place of the last
 // indenting blank (space or tab), so one blank stays between it and the
 // text; an unindented line gets it in front.

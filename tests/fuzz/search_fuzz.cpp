@@ -3,7 +3,8 @@
 // search string; flags and a start column come from the first two bytes.
 // Checked: no out-of-bounds read anywhere (AddressSanitizer), results in
 // range, and for lines without block-comment markers, commenting each line
-// out and uncommenting it from column 0 gives the line back.
+// out and uncommenting it from column 0 gives the line back; a search over
+// many lines finds what searching them one by one finds.
 #include "text/TextSearch.h"
 
 #include <cstddef>
@@ -46,10 +47,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const CString text = Decode(data, split);
     const CString what = split < size ? Decode(data + split + 1, size - split - 1) : CString(L"a");
 
-    // Lines of up to 16 characters.
+    // Lines of up to 16 characters, or of up to 40 (long enough for the
+    // many-character steps of a search over lines) when the start column
+    // is odd.
     std::vector<CString> lines;
-    for (int from = 0; from < text.GetLength(); from += 16)
-        lines.push_back(text.Mid(from, 16));
+    const int width = (start & 1) ? 40 : 16;
+    for (int from = 0; from < text.GetLength(); from += width)
+        lines.push_back(text.Mid(from, width));
     if (lines.empty())
         lines.push_back(CString());
 
@@ -71,6 +75,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             Check(LineUncomment(commented, 0) == line);
         (void)LineUncomment(line, start);
         (void)FirstOf(line, L'{');
+    }
+    // Over all the lines at once, from each first line: what SearchLine
+    // gives line by line.
+    const int n = (int)lines.size();
+    for (int first = 0; first < n; ++first) {
+        int expected = n, expectedCol = -1;
+        for (int l = first; l < n; ++l) {
+            const int c = SearchLine(lines[(size_t)l], what.GetString(), l == first ? start : 0, flags);
+            if (c >= 0) {
+                expected = l;
+                expectedCol = c;
+                break;
+            }
+        }
+        int col = -2;
+        Check(SearchLinesForward(lines.data(), first, n, what.GetString(), start, flags, col) == expected);
+        Check(col == expectedCol);
     }
     return 0;
 }

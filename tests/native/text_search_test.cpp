@@ -47,3 +47,60 @@ TEST(TextSearch, CommentMarkers)
     EXPECT_EQ(2, FirstOf(CString(L"a {b{"), L'{'));
     EXPECT_EQ(-1, FirstOf(CString(L"a b"), L'}'));
 }
+
+// A search over many lines skips lines that cannot hold the text several
+// characters at a step; every line that can is still found, at the column
+// SearchLine gives: in the last columns of a long line, in a lower-case
+// line ignoring case, through a non-ASCII letter whose upper case is ASCII,
+// from the start column on the first line only, and past a whole-word
+// rejection on an earlier line.
+TEST(TextSearch, SearchLinesForwardFindsWhatSearchLineFinds)
+{
+    std::vector<CString> lines;
+    const CString filler = CString(L'x', 56) + L" ";
+    lines.push_back(filler);                          // 0
+    lines.push_back(filler + L"TOTAL");               // 1: the last columns
+    lines.push_back(CString(L"  total = 1;"));        // 2: lower case
+    lines.push_back(CString(L"TOTA\x0131 hides here")); // 3: dotless i, upper case I
+    lines.push_back(CString(L"SUBTOTAL TOTAL"));      // 4: whole word rejected
+    lines.push_back(CString());                       // 5: empty
+    const int n = (int)lines.size();
+    const unsigned short kCase = VELMOR_FIND_MATCHCASE, kWord = VELMOR_FIND_WHOLEWORD;
+    int col = 0;
+    EXPECT_EQ(1, SearchLinesForward(lines.data(), 0, n, L"TOTAL", 0, kCase, col));
+    EXPECT_EQ(57, col);
+    EXPECT_EQ(4, SearchLinesForward(lines.data(), 2, n, L"TOTAL", 0, kCase, col));
+    EXPECT_EQ(3, col);
+    // Ignoring case, what is compared as given: upper case finds lower.
+    EXPECT_EQ(2, SearchLinesForward(lines.data(), 2, n, L"TOTAL", 0, 0, col));
+    EXPECT_EQ(2, col);
+    EXPECT_EQ(n, SearchLinesForward(lines.data(), 2, n, L"total", 0, 0, col));
+    EXPECT_EQ(-1, col);
+    // (Whether the runtime's upper case of U+0131 is 'I' depends on its locale.)
+    const int dotless = SearchLine(lines[3], L"TOTAL", 0, 0);
+    EXPECT_EQ(dotless >= 0 ? 3 : 4, SearchLinesForward(lines.data(), 3, n, L"TOTAL", 0, 0, col));
+    EXPECT_EQ(dotless >= 0 ? dotless : 3, col);
+    // The start column counts on the first line only.
+    EXPECT_EQ(4, SearchLinesForward(lines.data(), 1, n, L"TOTAL", 58, kCase, col));
+    EXPECT_EQ(3, col);
+    // Whole words: "SUBTOTAL" gives nothing for line 4 (its rest is not
+    // searched), so the search goes on to the end.
+    EXPECT_EQ(n, SearchLinesForward(lines.data(), 2, n, L"TOTAL", 0, kCase | kWord, col));
+    EXPECT_EQ(1, SearchLinesForward(lines.data(), 0, n, L"TOTAL", 0, kCase | kWord, col));
+    // An empty what is found at the start column; no lines, nothing.
+    EXPECT_EQ(0, SearchLinesForward(lines.data(), 0, n, L"", 3, kCase, col));
+    EXPECT_EQ(3, col);
+    EXPECT_EQ(2, SearchLinesForward(lines.data(), 2, 2, L"x", 0, kCase, col));
+    EXPECT_EQ(-1, col);
+    // Line by line, every what and start line agrees with SearchLine.
+    for (const wchar_t* what : { L"x", L"XX", L"L", L"TOTAL", L"tal", L"  ", L"\x0131" })
+        for (unsigned short flags : { 0, 2, 4, 6 })
+            for (int first = 0; first < n; ++first) {
+                int expected = n, expectedCol = -1;
+                for (int l = first; l < n && expected == n; ++l)
+                    if ((expectedCol = SearchLine(lines[(size_t)l], what, 0, flags)) >= 0)
+                        expected = l;
+                EXPECT_EQ(expected, SearchLinesForward(lines.data(), first, n, what, 0, flags, col));
+                EXPECT_EQ(expected == n ? -1 : expectedCol, col);
+            }
+}

@@ -116,6 +116,12 @@ struct StoreTarget
             record->AddEntry(UndoEntry{ t._GetLine(n), LineChanged, n, caret, anchor });
         t._SetLine(s, n);
     }
+    CString Exchange(CString&& s, int n)
+    {
+        CString old = t._GetLine(n);
+        Set(s, n);
+        return old;
+    }
     CPoint Cursor() { return caret; }
     CPoint Anchor() { return anchor; }
     void SetCursor(CPoint p) { caret = p; }

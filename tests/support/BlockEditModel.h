@@ -71,6 +71,11 @@ struct Target
         if (n >= 0 && n < LineCount())
             t._SetLine(s, n);
     }
+    CString Exchange(CString&& s, int n)
+    {
+        t._ExchangeLine(s, n);
+        return std::move(s);
+    }
     void RemoveBlock(int n, int count)
     {
         if (bBlocks)

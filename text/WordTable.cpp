@@ -1,0 +1,148 @@
+#include "WordTable.h"
+#include "Colorizer.h"
+#include <cstring>
+#include <new>
+
+namespace {
+
+// Which contents a set holds, as far as a batch can tell them apart: its
+// size and the addresses of its first and last elements (nodes stay where
+// they are, and go with their contents when two sets are exchanged).
+struct SetKey
+{
+    size_t size;
+    const CString* first;
+    const CString* last;
+    bool operator==(const SetKey& o) const { return size == o.size && first == o.first && last == o.last; }
+};
+
+SetKey KeyOf(const std::set<CString>& s)
+{
+    if (s.empty())
+        return SetKey{ 0, nullptr, nullptr };
+    return SetKey{ s.size(), &*s.begin(), &*s.rbegin() };
+}
+
+// A batch sees the colorizer's own sets and the recolouring's lent ones:
+// a few tables are enough.
+const int kTables = 4;
+
+struct BatchState
+{
+    int depth = 0;
+    int next = 0;
+    bool used[kTables] = {};
+    SetKey keys[kTables][3];
+    CWordTable tables[kTables];
+};
+
+thread_local BatchState* t_batch = nullptr;
+
+} // namespace
+
+CColourBatch::CColourBatch()
+{
+    if (!t_batch) {
+        // Without the memory for a batch the sets are simply asked.
+        t_batch = new (std::nothrow) BatchState;
+        if (!t_batch)
+            return;
+    }
+    ++t_batch->depth;
+}
+
+CColourBatch::~CColourBatch()
+{
+    BatchState* b = t_batch;
+    if (b && --b->depth == 0) {
+        delete b;
+        t_batch = nullptr;
+    }
+}
+
+void CColourBatch::Forget() noexcept
+{
+    if (BatchState* b = t_batch)
+        for (bool& u : b->used)
+            u = false;
+}
+
+const CWordTable* ColourBatchTable(const CColorizer& c)
+{
+    BatchState* b = t_batch;
+    if (!b)
+        return nullptr;
+    const SetKey key[3] = { KeyOf(c.m_setKeys), KeyOf(c.m_setOps), KeyOf(c.m_setFuncs) };
+    for (int t = 0; t < kTables; ++t)
+        if (b->used[t] && b->keys[t][0] == key[0] && b->keys[t][1] == key[1] && b->keys[t][2] == key[2])
+            return &b->tables[t];
+    const int t = b->next;
+    b->next = (t + 1) % kTables;
+    b->used[t] = false;
+    try {
+        b->tables[t].Build(c.m_setKeys, c.m_setOps, c.m_setFuncs);
+    } catch (...) {
+        return nullptr; // out of memory: the sets answer
+    }
+    for (int s = 0; s < 3; ++s)
+        b->keys[t][s] = key[s];
+    b->used[t] = true;
+    return &b->tables[t];
+}
+
+uint32_t CWordTable::Hash(const wchar_t* p, int n) noexcept
+{
+    uint32_t h = 2166136261u;
+    for (int i = 0; i < n; ++i)
+        h = (h ^ (uint32_t)p[i]) * 16777619u;
+    return h;
+}
+
+void CWordTable::Build(const std::set<CString>& keys, const std::set<CString>& ops, const std::set<CString>& funcs)
+{
+    size_t words = keys.size() + ops.size() + funcs.size(), chars = 0;
+    for (const std::set<CString>* s : { &keys, &ops, &funcs })
+        for (const CString& w : *s)
+            chars += (size_t)w.GetLength();
+    size_t size = 16;
+    while (size < words * 2)
+        size *= 2;
+    m_slots.assign(size, Slot{ 0, 0, 0, 0 });
+    m_chars.clear();
+    m_chars.reserve(chars);
+    m_mask = (uint32_t)(size - 1);
+    // The first set that holds a word gives its kind.
+    for (const CString& w : keys)
+        Add(w, 1);
+    for (const CString& w : ops)
+        Add(w, 2);
+    for (const CString& w : funcs)
+        Add(w, 3);
+}
+
+void CWordTable::Add(const CString& word, int kind)
+{
+    const int n = word.GetLength();
+    const wchar_t* p = word.GetString();
+    if (Kind(p, n) != 0)
+        return;
+    const uint32_t h = Hash(p, n);
+    uint32_t i = h & m_mask;
+    while (m_slots[i].kind != 0)
+        i = (i + 1) & m_mask;
+    m_slots[i] = Slot{ h, kind, (int)m_chars.size(), n };
+    m_chars.insert(m_chars.end(), p, p + n);
+}
+
+int CWordTable::Kind(const wchar_t* p, int n) const noexcept
+{
+    const uint32_t h = Hash(p, n);
+    for (uint32_t i = h & m_mask;; i = (i + 1) & m_mask) {
+        const Slot& s = m_slots[i];
+        if (s.kind == 0)
+            return 0;
+        if (s.hash == h && s.length == n &&
+            (n == 0 || std::memcmp(m_chars.data() + s.offset, p, (size_t)n * sizeof(wchar_t)) == 0))
+            return s.kind;
+    }
+}
