@@ -5,7 +5,10 @@
 
 #include <psapi.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace bench {
@@ -27,12 +30,31 @@ inline double NowMs()
     return (double)t.QuadPart * 1000.0 / (double)freq.QuadPart;
 }
 
+// For profiling one timed step under Wine: with VELMOR_PERF_FIFO naming the
+// control fifo of `perf record -D -1 --control=fifo:PATH`, recording runs
+// only while a step is timed.
+inline void PerfControl(const char* command)
+{
+    static const char* fifo = std::getenv("VELMOR_PERF_FIFO");
+    if (!fifo)
+        return;
+    const std::string path = std::string("Z:") + fifo;
+    if (FILE* f = std::fopen(path.c_str(), "wb")) {
+        std::fputs(command, f);
+        std::fclose(f);
+        ::Sleep(50); // perf acts on the command
+    }
+}
+
 // How long f takes, in ms.
 template <class F> double TimeIt(F f)
 {
+    PerfControl("enable\n");
     const double t0 = NowMs();
     f();
-    return NowMs() - t0;
+    const double ms = NowMs() - t0;
+    PerfControl("disable\n");
+    return ms;
 }
 
 // --- process memory ----------------------------------------------------------

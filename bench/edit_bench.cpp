@@ -419,20 +419,32 @@ void HostileLoads(HWND host)
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    // --only NAME: one of the steps below (for looking into one).
+    const char* only = argc > 2 && !std::strcmp(argv[1], "--only") ? argv[2] : nullptr;
+    auto wanted = [&](const char* name) { return !only || !std::strcmp(only, name); };
     const std::wstring script = MakeScript((size_t)10 * kMiB);
     HWND host = CreateHost();
     PumpMessages();
-    OneLineLoad(host, script);
-    LineEdit(host, script);
-    LongLineRepaint(host, script);
-    ScrollOneLine(host, script);
-    Typing(host, script);
-    TypeCommentOpener(host, script);
-    FindMiss(host, script);
-    UndoRemoveAll(host);
-    HostileLoads(host);
+    if (wanted("load"))
+        OneLineLoad(host, script);
+    if (wanted("edit"))
+        LineEdit(host, script);
+    if (wanted("repaint"))
+        LongLineRepaint(host, script);
+    if (wanted("scroll"))
+        ScrollOneLine(host, script);
+    if (wanted("typing"))
+        Typing(host, script);
+    if (wanted("comment"))
+        TypeCommentOpener(host, script);
+    if (wanted("find"))
+        FindMiss(host, script);
+    if (wanted("removeall"))
+        UndoRemoveAll(host);
+    if (wanted("hostile"))
+        HostileLoads(host);
     DestroyWindow(host);
     PumpMessages();
     return 0;

@@ -174,6 +174,15 @@ bool ScanBlockComments(const CString& line, bool bInComment, Spans* spans)
     return bInComment;
 }
 
+// Whether every character of [from, to) carries a comment colour.
+inline bool AllComment(const std::vector<unsigned long>& colors, int from, int to)
+{
+    for (int i = from; i < to; ++i)
+        if (!IsCommentColor(colors[(size_t)i]))
+            return false;
+    return true;
+}
+
 // Paints [from, to) except characters that already carry a comment colour.
 inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, int to, unsigned long c)
 {
@@ -300,6 +309,10 @@ void CColorizer::SetLineColors(const CString& line, std::vector<unsigned long>& 
         const int n = i - start;
         int kind;
         if (table) {
+            // Looking up an empty word, or one wholly in a comment, changes
+            // no colour (nor does the library's lookup do anything else).
+            if (n == 0 || AllComment(colors, start, i))
+                continue;
             if (m_bNoCase) {
                 // The sets hold such words in upper case: so is the word asked.
                 word.SetString(p + start, n);
@@ -357,15 +370,16 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
     // painted at the end (see PaintSpans), since painting each at once would
     // repaint the line from its start or to its end for every pair of a
     // long line.
-    // A line without a slash holds no comment delimiter at all: within a
-    // block comment it is comment text, else it has no comment.
+    // A line without a "/*" or "*/" (most lines have no slash at all) is
+    // comment text within a block comment, else it has no block comment.
     const wchar_t* p = line.GetString();
     const wchar_t* slash = len >= 2 ? AfxFindChar(p, (size_t)len, L'/') : nullptr;
-    if (slash) {
+    if (slash && HasCommentDelimiter(line)) {
         Spans spans;
         m_bInComment = ScanBlockComments(line, m_bInComment, &spans);
         PaintSpans(colors, spans);
     } else if (len >= 2 && m_bInComment) {
+        // (No "/*" and no "*/": what the pair-by-pair pass paints then.)
         Fill(colors, 0, len, COLOR_OPEN_COMMENT);
     }
 

@@ -4,6 +4,7 @@
 #include "WordTable.h"
 #include <algorithm>
 #include <climits>
+#include <optional>
 #include <typeinfo>
 #include <utility>
 
@@ -202,7 +203,9 @@ void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
     {
         CColorizer& c = *text.m_pColorizer;
         const bool bSample = m_kind == kSample, bFlagOnly = m_kind != kHost;
-        LentSets lent(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
+        // Lent only when a line is coloured: following the comment state
+        // over lines left owed needs no words.
+        std::optional<LentSets> lent;
         try {
             for (;; ++i) {
                 if (i >= n) {
@@ -236,6 +239,8 @@ void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
                     bState = bExit;
                     continue;
                 }
+                if (!lent)
+                    lent.emplace(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
                 std::vector<unsigned long>& colors = text.m_LineColors[(size_t)i];
                 m_Lines[(size_t)i] = 0; // half-coloured if the colorizer throws
                 colors.clear();

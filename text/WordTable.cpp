@@ -92,10 +92,12 @@ const CWordTable* ColourBatchTable(const CColorizer& c)
 
 uint32_t CWordTable::Hash(const wchar_t* p, int n) noexcept
 {
-    uint32_t h = 2166136261u;
-    for (int i = 0; i < n; ++i)
-        h = (h ^ (uint32_t)p[i]) * 16777619u;
-    return h;
+    // Words are short and the table small: the length and three
+    // characters tell its words apart well enough.
+    if (n == 0)
+        return 0;
+    return ((uint32_t)p[0] * 0x9E3779B1u) ^ ((uint32_t)p[n - 1] * 0x85EBCA77u) ^ ((uint32_t)p[n / 2] * 0x27D4EB2Fu) ^
+           ((uint32_t)n * 0xC2B2AE3Du);
 }
 
 void CWordTable::Build(const std::set<CString>& keys, const std::set<CString>& ops, const std::set<CString>& funcs)
@@ -111,6 +113,8 @@ void CWordTable::Build(const std::set<CString>& keys, const std::set<CString>& o
     m_chars.clear();
     m_chars.reserve(chars);
     m_mask = (uint32_t)(size - 1);
+    m_nMaxLength = 0;
+    m_firstChars = 0;
     // The first set that holds a word gives its kind.
     for (const CString& w : keys)
         Add(w, 1);
@@ -127,17 +131,26 @@ void CWordTable::Add(const CString& word, int kind)
     if (Kind(p, n) != 0)
         return;
     const uint32_t h = Hash(p, n);
-    uint32_t i = h & m_mask;
+    uint32_t i = (h ^ (h >> 16)) & m_mask;
     while (m_slots[i].kind != 0)
         i = (i + 1) & m_mask;
     m_slots[i] = Slot{ h, kind, (int)m_chars.size(), n };
+    if (n > m_nMaxLength)
+        m_nMaxLength = n;
+    if (n > 0)
+        m_firstChars |= 1ULL << ((unsigned)p[0] & 63);
     m_chars.insert(m_chars.end(), p, p + n);
 }
 
 int CWordTable::Kind(const wchar_t* p, int n) const noexcept
 {
+    // Most words of a text are in no set: longer than any, or beginning
+    // with a character none begins with (by its low six bits).
+    if (n > m_nMaxLength || (n > 0 && !((m_firstChars >> ((unsigned)p[0] & 63)) & 1)))
+        return 0;
     const uint32_t h = Hash(p, n);
-    for (uint32_t i = h & m_mask;; i = (i + 1) & m_mask) {
+    // (The hash is spread over the slots by its high bits too.)
+    for (uint32_t i = (h ^ (h >> 16)) & m_mask;; i = (i + 1) & m_mask) {
         const Slot& s = m_slots[i];
         if (s.kind == 0)
             return 0;

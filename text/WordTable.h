@@ -57,6 +57,8 @@ private:
     std::vector<Slot> m_slots; // a power of two, at most half full
     std::vector<wchar_t> m_chars;
     uint32_t m_mask = 0;
+    int m_nMaxLength = 0;       // of the longest word
+    uint64_t m_firstChars = 0;  // bit c & 63 for each word's first character c
 };
 
 // The table of the batch open on this thread for the colorizer's current

@@ -1,5 +1,6 @@
 // Colour-per-character results of the base and sample colorizers.
 #include "test_util.h"
+#include "text/WordTable.h"
 
 namespace {
 
@@ -174,4 +175,89 @@ TEST(BaseColorizer, CopiesCarrySetsAndFlags)
     Colors v;
     p->SetLineColors(CString(L"// x"), v);
     EXPECT_EQ(Same(4, SHUT), v);
+}
+
+// Inside a colouring batch the library's colorizers read one table made
+// from their word sets; the colours are those of asking the sets word by
+// word: for random lines (words of the sets, other words, comments, stale
+// colours that the base colouring keeps), for a word in two sets (the
+// first set wins), an empty word in a set, both cases of m_bNoCase, sets
+// changed inside the batch through the colorizer, and sets exchanged
+// whole (as the lazy recolouring lends its sets).
+TEST(ColourBatch, SameColoursAsAskingTheSets)
+{
+    uint32_t seed = 7;
+    auto next = [&seed](uint32_t n) {
+        seed = seed * 1664525u + 1013904223u;
+        return (seed >> 8) % n;
+    };
+    const wchar_t* const pieces[] = { L"if", L"and", L"sin", L"IF", L"Sin", L"x1", L"while", L" ", L"  ",
+                                      L"/*", L"*/", L"//", L"\"", L"(", L"@-", L"_", L"r\x00E9sum\x00E9" };
+    auto line = [&] {
+        CString s;
+        for (int k = (int)next(12); k > 0; --k)
+            s += pieces[next(sizeof pieces / sizeof pieces[0])];
+        return s;
+    };
+    for (int round = 0; round < 4; ++round) {
+        const bool bSample = round % 2 == 0;
+        CSampleColorizer sample;
+        CColorizer base;
+        CColorizer& c = bSample ? static_cast<CColorizer&>(sample) : base;
+        c.m_bNoCase = round >= 2;
+        AddBuiltinWords(c);
+        c.InsertKey(const_cast<wchar_t*>(L"if"));
+        c.InsertKey(const_cast<wchar_t*>(L"while"));
+        c.InsertKey(const_cast<wchar_t*>(L"sin")); // also a function word: the keyword wins
+        c.GetStringFuncSet().insert(CString());    // an empty word
+        std::set<CString> other{ CString(L"x1"), CString(L"AND") };
+        for (int i = 0; i < 300; ++i) {
+            const CString text = line();
+            Colors stale(text.GetLength(), i % 3 == 0 ? COLOR_OPEN_COMMENT : 0x123456);
+            Colors asked = stale, batched = stale;
+            const bool bFlag = next(2) != 0;
+            c.m_bInComment = bFlag;
+            c.SetLineColors(text, asked);
+            const bool bAskedFlag = c.m_bInComment;
+            // With the other sets, outside any batch.
+            Colors otherAsked = stale;
+            c.GetStringSet().swap(other);
+            c.m_bInComment = bFlag;
+            c.SetLineColors(text, otherAsked);
+            c.GetStringSet().swap(other);
+            {
+                CColourBatch batch;
+                c.m_bInComment = bFlag;
+                c.SetLineColors(text, batched);
+                ASSERT_EQ(asked, batched) << round << " " << i;
+                ASSERT_EQ(bAskedFlag, c.m_bInComment);
+                // Sets exchanged whole: the table follows the contents,
+                // and the first table is found again.
+                Colors otherBatched = stale;
+                c.GetStringSet().swap(other);
+                c.m_bInComment = bFlag;
+                c.SetLineColors(text, otherBatched);
+                c.GetStringSet().swap(other);
+                ASSERT_EQ(otherAsked, otherBatched) << round << " " << i;
+                batched = stale;
+                c.m_bInComment = bFlag;
+                c.SetLineColors(text, batched);
+                ASSERT_EQ(asked, batched) << round << " " << i;
+            }
+            if (i % 50 == 49) {
+                // A word added through the colorizer inside a batch counts at once.
+                CColourBatch batch;
+                Colors before(5, 0), after(5, 0);
+                c.m_bInComment = false;
+                c.SetLineColors(CString(L"x1 zz"), before);
+                EXPECT_EQ(0u, before[3]);
+                c.InsertKey(const_cast<wchar_t*>(L"zz"));
+                c.m_bInComment = false;
+                c.SetLineColors(CString(L"x1 zz"), after);
+                EXPECT_EQ(COLOR_KEYWORD, after[3]);
+            }
+            c.GetStringSet().erase(CString(L"zz"));
+            c.GetStringSet().erase(CString(L"ZZ"));
+        }
+    }
 }
