@@ -177,7 +177,7 @@ private:
     bool Step(Bytes& b, std::string& why)
     {
         const int n = (int)m_a._GetSize();
-        const unsigned op = b.Below(8);
+        const unsigned op = b.Below(9);
         CPoint caret((int)b.Below(9), (int)b.Below((unsigned)n + 1)), anchor((int)b.Below(9), (int)b.Below((unsigned)n));
         if (op <= 1) {
             // A selection's lines going: each recorded at one line, the
@@ -239,6 +239,15 @@ private:
         } else if (op == 5) {
             m_a.FullUpdate();
             m_b.FullUpdate();
+        } else if (op == 8) {
+            // Every line removed, each recorded at its own line, ascending,
+            // as RemoveAllText records them; one empty line is left.
+            CUndoFrame f;
+            for (int i = 0; i < n; ++i)
+                f.AddEntry(UndoEntry{m_a._GetLine(i), LineRemoved, i, caret, anchor});
+            m_a._RemoveAll();
+            m_b._RemoveAll();
+            Push(f);
         } else {
             // Undo or redo of the last step.
             auto& from = op == 6 ? m_undo : m_redo;
