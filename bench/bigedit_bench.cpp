@@ -44,6 +44,11 @@ struct Session
         ctl->ClearUndoHistory();
         ::UpdateWindow(ctl->m_hWnd);
         PumpMessages();
+        // The system is left a moment to finish with the control that was
+        // destroyed and the load's paint (untimed): without it the next
+        // step's figure varies by up to a half with work not its own.
+        ::Sleep(100);
+        PumpMessages();
     }
     HWND hwnd() { return ctl->m_hWnd; }
     void Command(UINT id) { ::SendMessageW(hwnd(), WM_COMMAND, id, 0); }
