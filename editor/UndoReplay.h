@@ -20,19 +20,25 @@
 //   void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd);
 //                                    // n <= LineCount(); bFromEnd: as if
 //                                    // inserted at n one by one, last first
+//   void InsertAlternate(std::vector<CString>& lines, int n);
+//                                    // as if inserted one by one, the last
+//                                    // at n + count - 1 (<= LineCount()),
+//                                    // each one before at the line above
 //   CPoint Cursor(); CPoint Anchor(); void SetCursor(CPoint); void SetAnchor(CPoint);
 //   void Visit(int n, int nLines);   // called first for every entry's line,
 //                                    // with the line count at that moment
 #pragma once
 #include "UndoFrame.h"
+#include <algorithm>
 #include <vector>
 
 namespace velmor_undo {
 
 // Whether entry t continues a run that began with first and went on by
 // step lines per entry (step 2: not settled yet). Removals to undo come
-// back at one line or at ascending lines; inserts to undo go at one line
-// or at descending lines: only those make a block.
+// back at one line, at ascending lines, or at descending lines (the
+// removals of every line, undone last first); inserts to undo go at one
+// line or at descending lines: only those make a block.
 inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, int kind, int line, int& step)
 {
     if (kind != first.kind || (first.kind != LineRemoved && first.kind != LineInserted))
@@ -40,7 +46,7 @@ inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, int kind
     const int d = line - last.line;
     const int forward = first.kind == LineRemoved ? 1 : -1;
     if (step == 2) {
-        if (d != 0 && d != forward)
+        if (d != 0 && d != forward && !(first.kind == LineRemoved && d == -1))
             return false;
         step = d;
         return true;
@@ -105,8 +111,13 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
         const bool insert = run.front().kind == LineRemoved;
         // A block only where one entry at a time would find every line in
         // place (no clamped insert, no removal past the end).
+        // Removed lines put back at descending lines: while a line's index
+        // lies past the end it is appended (the first `appended` of them);
+        // after that each goes in at the line above the one before, so
+        // that they end one old line apart.
+        const int appended = insert && step == -1 && first > n0 ? std::min(m, (first - n0 + 1) / 2) : 0;
         const bool block = m > 1 && first >= 0 &&
-                           (insert ? first <= n0
+                           (insert ? (step == -1 ? first - m + 1 >= 0 : first <= n0)
                                    : (step == 0 ? first + m <= n0 : first < n0 && first - m + 1 >= 0));
         if (!block) {
             for (UndoEntry& x : run)
@@ -127,7 +138,20 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
             r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
             reverse.AddEntry(std::move(r));
         }
-        if (insert) {
+        if (insert && step == -1) {
+            if (appended > 0) {
+                std::vector<CString> tail((size_t)appended);
+                for (int j = 0; j < appended; ++j)
+                    tail[(size_t)j] = std::move(run[(size_t)j].text);
+                target.InsertBlock(tail, n0, false);
+            }
+            if (appended < m) {
+                std::vector<CString> lines((size_t)(m - appended));
+                for (int j = appended; j < m; ++j)
+                    lines[(size_t)(m - 1 - j)] = std::move(run[(size_t)j].text);
+                target.InsertAlternate(lines, first - m + 1);
+            }
+        } else if (insert) {
             // At one line each text goes in above the one before it.
             std::vector<CString> lines((size_t)m);
             for (int j = 0; j < m; ++j)

@@ -109,6 +109,10 @@ public:
     // from the vector; nCount lines from nLine go.
     void _InsertLineBlock(std::vector<CString>& lines, int nLine, bool bUpdate, bool bFromEnd = false);
     void _RemoveLineBlock(int nLine, int nCount, bool bUpdate);
+    // Lines put back as undoing the removal of every line puts them: the
+    // last of the vector first at nLine + count - 1, each one before it at
+    // the line above the one before; lines[i] ends at nLine + 2i.
+    void _InsertLineAlternate(std::vector<CString>& lines, int nLine, bool bUpdate);
     void RemoveAllText();
     // The spaces a Tab at this column inserts (1 to tab size).
     CString MakeTab(int nColumn);

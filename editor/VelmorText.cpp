@@ -260,6 +260,19 @@ void CVelmor::_InsertLineBlock(std::vector<CString>& lines, int nLine, bool bUpd
         UpdateScrollSizes();
 }
 
+void CVelmor::_InsertLineAlternate(std::vector<CString>& lines, int nLine, bool bUpdate)
+{
+    const bool bDelimiter = std::any_of(lines.begin(), lines.end(), HasCommentDelimiter);
+    const int nCount = (int)lines.size();
+    m_Text._InsertLinesAlternate(lines, nLine, bUpdate);
+    for (int j = 0; j < nCount; ++j)
+        NoteChange(nLine + nCount - 1 - j, 0, 1); // in the order they went in
+    if (bDelimiter)
+        RecolourAll();
+    if (bUpdate)
+        UpdateScrollSizes();
+}
+
 void CVelmor::_RemoveLineBlock(int nLine, int nCount, bool bUpdate)
 {
     if (nCount <= 0)

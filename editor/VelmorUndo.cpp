@@ -75,6 +75,7 @@ struct ControlTarget
     }
     void RemoveBlock(int n, int count) { c._RemoveLineBlock(n, count, false); }
     void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd) { c._InsertLineBlock(lines, n, true, bFromEnd); }
+    void InsertAlternate(std::vector<CString>& lines, int n) { c._InsertLineAlternate(lines, n, true); }
     CPoint Cursor() { return c.GetCursorPos(); }
     CPoint Anchor() { return c.GetAnchorPos(); }
     void SetCursor(CPoint pt) { c.m_ptCursor = pt; }

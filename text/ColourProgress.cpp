@@ -113,6 +113,34 @@ void CColourProgress::InsertedBlock(int nLine, int nCount, int nLines)
     Dirty(nLine, nLine + nCount - 1, nLines);
 }
 
+void CColourProgress::InsertedAlternate(int nLine, int nCount, int nLines)
+{
+    if (nCount <= 0)
+        return;
+    // The marks move as one line at a time moves them (a few numbers per
+    // line, no pass over the text).
+    const int nBefore = nLines - nCount;
+    for (int j = 0; j < nCount; ++j) {
+        const int at = nLine + nCount - 1 - j;
+        if (m_bPending && m_nPending >= at)
+            ++m_nPending;
+        if (m_nFirstDirty != kNoDirt && m_nFirstDirty >= at)
+            ++m_nFirstDirty;
+        if (m_nLastDirty >= at)
+            ++m_nLastDirty;
+        Dirty(at, at, nBefore + j + 1);
+    }
+    // The lines' own marks: an unchained line at nLine + 2i, the old lines
+    // between them (each old mark moves down to its place, never onto one
+    // not yet moved).
+    m_Lines.insert(m_Lines.begin() + nLine, (size_t)nCount, uint8_t(0));
+    uint8_t* seg = m_Lines.data() + nLine;
+    for (int i = 0; i + 1 < nCount; ++i)
+        seg[2 * i + 1] = seg[nCount + i];
+    for (int i = 0; i < nCount; ++i)
+        seg[2 * i] = 0;
+}
+
 void CColourProgress::RemovedBlock(int nLine, int nCount, int nLines)
 {
     if (nCount <= 0)

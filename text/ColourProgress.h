@@ -91,6 +91,10 @@ public:
     // marks come out as those of one line at a time.
     void InsertedBlock(int nLine, int nCount, int nLines);
     void RemovedBlock(int nLine, int nCount, int nLines);
+    // nCount lines inserted one at a time at descending lines, the first at
+    // nLine + nCount - 1 and each next one at the line above the one before:
+    // they end at nLine, nLine + 2, ... (nLines: the count afterwards).
+    void InsertedAlternate(int nLine, int nCount, int nLines);
     // Every line holds colours not made by a recolouring (a copied or an
     // emptied text).
     void Forget(int nLines);

@@ -244,6 +244,59 @@ void CScriptText::_InsertLines(std::vector<CString>& lines, int nLine, int bColo
     FindMaxLineLen();
 }
 
+void CScriptText::_InsertLinesAlternate(std::vector<CString>& lines, int nLine, int bColor)
+{
+    const int nCount = (int)lines.size();
+    if (nCount == 0)
+        return;
+    const int n = m_arrLines.GetSize();
+    if (nLine < 0 || nLine + nCount - 1 > n)
+        AfxThrowInvalidArgException();
+    // The first line goes in highest: the recolouring passes the lines
+    // before it, as for that insert (those of the later ones then pass
+    // nothing more).
+    m_pProgress->Settle(*this, nLine + nCount - 1);
+    if (bColor)
+        m_pProgress->SettleFlag(*this);
+    // Room first, so that nothing below fails half-way through.
+    m_arrLines.Reserve(n + nCount);
+    m_LineColors.reserve((size_t)(n + nCount));
+    m_pProgress->Reserve(n + nCount);
+    for (const CString& line : lines)
+        CountLength(line.GetLength(), 1);
+    // Coloured in the order they go in: the last of the vector first.
+    std::vector<std::vector<unsigned long>> colors((size_t)nCount);
+    {
+        CColourBatch batch;
+        for (int i = nCount - 1; i >= 0; --i)
+            if (bColor)
+                m_pColorizer->SetLineColors(lines[(size_t)i], colors[(size_t)i]);
+    }
+    // The lines and their colours, old ones between the new: the stretch
+    // from nLine is rebuilt in one pass.
+    const int nOld = nCount - 1; // old lines that end between the new ones
+    std::vector<CString> text;
+    std::vector<std::vector<unsigned long>> colours;
+    text.reserve((size_t)(nCount + nOld));
+    colours.reserve((size_t)(nCount + nOld));
+    CString* data = m_arrLines.GetData();
+    for (int i = 0; i < nCount; ++i) {
+        text.push_back(std::move(lines[(size_t)i]));
+        colours.push_back(std::move(colors[(size_t)i]));
+        if (i < nOld) {
+            text.push_back(std::move(data[nLine + i]));
+            colours.push_back(std::move(m_LineColors[(size_t)(nLine + i)]));
+        }
+    }
+    m_arrLines.RemoveAt(nLine, nOld);
+    m_LineColors.erase(m_LineColors.begin() + nLine, m_LineColors.begin() + nLine + nOld);
+    m_arrLines.InsertBlockMove(nLine, text.data(), (int)text.size());
+    m_LineColors.insert(m_LineColors.begin() + nLine, std::make_move_iterator(colours.begin()),
+                        std::make_move_iterator(colours.end()));
+    m_pProgress->InsertedAlternate(nLine, nCount, m_arrLines.GetSize());
+    FindMaxLineLen();
+}
+
 void CScriptText::_RemoveLines(int nLine, int nCount)
 {
     if (nCount <= 0)

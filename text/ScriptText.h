@@ -47,6 +47,12 @@ public:
     // at a time at nLine, the last first, colours them.
     void _InsertLines(std::vector<CString>& lines, int nLine, int bColor, bool bFromEnd = false);
     void _RemoveLines(int nLine, int nCount);
+    // The lines inserted one at a time at descending lines, the last of the
+    // vector first at nLine + count - 1 and each one before it at the line
+    // above the one inserted before (as undoing the removal of every line
+    // puts lines back): lines[i] ends at nLine + 2i, an old line between
+    // each two. nLine + count - 1 must not lie past the end.
+    void _InsertLinesAlternate(std::vector<CString>& lines, int nLine, int bColor);
     // Empties the store, leaving one empty line.
     void _RemoveAll();
     long _GetSize() const { return (long)m_arrLines.GetSize(); }

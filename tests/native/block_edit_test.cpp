@@ -71,3 +71,53 @@ TEST(BlockEdit, RunsThatDoNotFitAreReplayedOneByOne)
     EXPECT_EQ(tb.caret, ta.caret);
     EXPECT_EQ(tb.visits, ta.visits);
 }
+
+// Undoing the removal of every line puts the lines back at descending
+// indexes: appended while an index lies past the end, then each at the line
+// above the one before, so that they end one old line apart. The replay does
+// that in two blocks; lines, colours as read, the reverse frame, caret and
+// visits are those of one entry at a time, for every count of lines and
+// lines left, and so is the redo.
+TEST(BlockEdit, UndoOfRemovingEveryLine)
+{
+    const wchar_t* const pieces[] = { L"a", L"/*", L"*/", L"if", L"  ", L"//" };
+    for (int n = 1; n <= 40; ++n)
+        for (int left = 0; left <= 3; ++left) {
+            CSampleColorizer ca, cb;
+            CScriptText a, b;
+            a.SetColorizer(&ca);
+            b.SetColorizer(&cb);
+            CUndoFrame f;
+            for (int i = 0; i < n; ++i) {
+                const CString line = CString(pieces[(i * 7 + n) % 6]) + pieces[(i * 3 + left) % 6];
+                f.AddEntry(UndoEntry{ line, LineRemoved, i, CPoint(i, 1), CPoint(0, 2) });
+            }
+            // What is left when the step is undone: `left` lines.
+            a._RemoveAll();
+            b._RemoveAll();
+            a._RemoveLine(0);
+            b._RemoveLine(0);
+            for (int i = 0; i < left; ++i) {
+                a._InsertLine(CString(L'x', i + 1), i, 1);
+                b._InsertLine(CString(L'x', i + 1), i, 1);
+            }
+            block_edit_model::Target ta{ a, true, {}, {}, {} }, tb{ b, false, {}, {}, {} };
+            CUndoFrame ra = ReplayUndoFrame(f, ta);
+            CUndoFrame rb = block_edit_model::ReferenceReplay(f, tb);
+            auto same = [&](const char* what) {
+                ASSERT_EQ(a._GetSize(), b._GetSize()) << what << n << "/" << left;
+                for (int i = 0; i < a._GetSize(); ++i) {
+                    ASSERT_EQ(a.LineRef(i), b.LineRef(i)) << what << n << "/" << left << " line " << i;
+                    ASSERT_EQ(a._GetLineColors(i), b._GetLineColors(i)) << what << n << "/" << left << " line " << i;
+                }
+                EXPECT_EQ(a.FindMaxLineLen(), b.FindMaxLineLen());
+            };
+            same("undo ");
+            EXPECT_TRUE(block_edit_model::SameEntries(ra, rb));
+            EXPECT_EQ(tb.caret, ta.caret);
+            EXPECT_EQ(tb.visits, ta.visits);
+            ReplayUndoFrame(ra, ta);
+            block_edit_model::ReferenceReplay(rb, tb);
+            same("redo ");
+        }
+}

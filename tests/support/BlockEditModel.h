@@ -95,6 +95,14 @@ struct Target
             for (size_t i = 0; i < lines.size(); ++i)
                 t._InsertLine(lines[i], n + (int)i, 1);
     }
+    void InsertAlternate(std::vector<CString>& lines, int n)
+    {
+        if (bBlocks)
+            t._InsertLinesAlternate(lines, n, 1);
+        else
+            for (size_t i = lines.size(); i-- > 0;)
+                t._InsertLine(lines[i], n + (int)i, 1);
+    }
     CPoint Cursor() { return caret; }
     CPoint Anchor() { return anchor; }
     void SetCursor(CPoint p) { caret = p; }

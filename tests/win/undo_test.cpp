@@ -3,6 +3,7 @@
 // long random run of edits, undos and redos checked against a plain model.
 #include "host.h"
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <random>
@@ -141,6 +142,53 @@ TEST(Undo, LoadIsTheFirstStep)
     EXPECT_EQ(CString(L""), e->GetLine(0));
     e->DoRedo();
     EXPECT_EQ(CString(L"a\nb\nc\n\n"), e.Text());
+}
+
+// Removing every line and undoing it: each line goes back at its recorded
+// index, last first, appended while that index lies past the end, so the
+// lines come back in the documented odd order (and in one pass: 20,000
+// lines). The caret and anchor come back; redo removes by the recorded
+// indexes again.
+TEST(Undo, RemoveAllTextComesBackInItsRecordedOrder)
+{
+    for (int n : { 1, 2, 5, 8, 20000 }) {
+        std::wstring text;
+        std::vector<CString> lines;
+        for (int i = 0; i < n; ++i) {
+            lines.push_back(CString(L"line ") + CString(std::to_wstring(i).c_str()) + (i % 7 == 3 ? L" /* x" : L""));
+            text += lines.back().GetString();
+            text += L'\n';
+        }
+        Ed e(text.c_str());
+        e->ClearUndoHistory();
+        lines.clear(); // the lines as loaded
+        for (int i = 0; i < e->GetLineCount(); ++i)
+            lines.push_back(e->GetLine(i));
+        n = (int)lines.size();
+        e->Place(CPoint(2, 1), CPoint(0, 0));
+        e->Begin();
+        e->RemoveAllText();
+        e->End();
+        // The model: one empty line left, then each removed line put back
+        // at its index, clamped to the end, from the last.
+        std::vector<CString> model{ CString() };
+        for (int i = n - 1; i >= 0; --i)
+            model.insert(model.begin() + std::min<size_t>((size_t)i, model.size()), lines[(size_t)i]);
+        e->DoUndo();
+        ASSERT_EQ((int)model.size(), e->GetLineCount()) << n;
+        for (int i = 0; i < (int)model.size(); ++i)
+            ASSERT_EQ(model[(size_t)i], e->GetLine(i)) << n << " line " << i;
+        EXPECT_EQ(CPoint(2, 1), e->GetCursorPos());
+        EXPECT_EQ(CPoint(0, 0), e->GetAnchorPos());
+        // Redo: line 0, then 1, then 2 ... of the text as it stands then.
+        for (int i = 0; i < n; ++i)
+            if ((size_t)i < model.size())
+                model.erase(model.begin() + i);
+        e->DoRedo();
+        ASSERT_EQ((int)model.size(), e->GetLineCount()) << n;
+        for (int i = 0; i < (int)model.size(); ++i)
+            ASSERT_EQ(model[(size_t)i], e->GetLine(i)) << n << " line " << i;
+    }
 }
 
 // A long random run: steps of one to four line primitives at random
