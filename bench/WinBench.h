@@ -32,11 +32,14 @@ inline double NowMs()
 
 // For profiling one timed step under Wine: with VELMOR_PERF_FIFO naming the
 // control fifo of `perf record -D -1 --control=fifo:PATH`, recording runs
-// only while a step is timed.
+// only while a step is timed, and only while g_bPerfWanted is set (a
+// benchmark clears it to leave some of its steps out).
+inline bool g_bPerfWanted = true;
+
 inline void PerfControl(const char* command)
 {
     static const char* fifo = std::getenv("VELMOR_PERF_FIFO");
-    if (!fifo)
+    if (!fifo || !g_bPerfWanted)
         return;
     const std::string path = std::string("Z:") + fifo;
     if (FILE* f = std::fopen(path.c_str(), "wb")) {

@@ -2,8 +2,8 @@
 // frame is one user-visible undo step.
 #pragma once
 #include "../framework/afx.h"
-#include <deque>
 #include <stack>
+#include <vector>
 
 enum UndoKind
 {
@@ -56,6 +56,10 @@ private:
     };
     static bool Continues(const Run& run, const UndoEntry& e);
 
-    std::deque<Run> m_runs;
+    // One block that grows by doubling. (A deque's blocks of a few hundred
+    // bytes, one per dozen entries, made a big edit ask the heap for tens of
+    // thousands of blocks of one middling size; a heap that keeps free
+    // blocks of that range on one list searched it for every one of them.)
+    std::vector<Run> m_runs;
     size_t m_nCount;
 };
