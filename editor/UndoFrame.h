@@ -2,8 +2,8 @@
 // frame is one user-visible undo step.
 #pragma once
 #include "../framework/afx.h"
+#include <deque>
 #include <stack>
-#include <vector>
 
 enum UndoKind
 {
@@ -19,6 +19,15 @@ struct UndoEntry
     int line;
     CPoint cursor;  // caret before the change
     CPoint anchor;  // anchor before the change
+};
+
+// Bytes that round a record up to a chosen size (none: no bytes at all).
+template <size_t N> struct UndoFramePadding
+{
+    char unused[N];
+};
+template <> struct UndoFramePadding<0>
+{
 };
 
 class AFX_EXT_CLASS CUndoFrame
@@ -49,17 +58,26 @@ private:
     // counts lines up is held as one record: loading a text records an
     // insert for every line (line k, caret (x, k), the same anchor, no
     // text), and a frame of a million such entries then costs a few bytes.
-    struct Run
+    //
+    // A run is padded to a size that divides 512, so that the deque's
+    // blocks are 512 bytes to the byte. A heap that keeps its free blocks
+    // on one list per size range (Wine's: up to 512 bytes, up to 1 KiB, ...)
+    // searches that list for the first block large enough; a block just
+    // past a range's lower end takes the list's first, one near its upper
+    // end walks past every smaller free block of the range. A big edit
+    // makes one deque block per dozen entries, and with 480-byte blocks
+    // (12 unpadded runs) that walk cost more than the edit itself.
+    static constexpr size_t kRunBytes = sizeof(UndoEntry) + sizeof(size_t);
+    static constexpr size_t kPaddedBytes = kRunBytes <= 32 ? 32 : 64;
+    struct Run : UndoFramePadding<kPaddedBytes - kRunBytes>
     {
+        Run(UndoEntry&& e, size_t n) : UndoFramePadding<kPaddedBytes - kRunBytes>(), first(std::move(e)), count(n) {}
         UndoEntry first; // the run's first entry
         size_t count;    // entries in the run: first, then one line further each
     };
+    static_assert(sizeof(Run) == kPaddedBytes && 512 % sizeof(Run) == 0, "deque blocks of 512 bytes");
     static bool Continues(const Run& run, const UndoEntry& e);
 
-    // One block that grows by doubling. (A deque's blocks of a few hundred
-    // bytes, one per dozen entries, made a big edit ask the heap for tens of
-    // thousands of blocks of one middling size; a heap that keeps free
-    // blocks of that range on one list searched it for every one of them.)
-    std::vector<Run> m_runs;
+    std::deque<Run> m_runs;
     size_t m_nCount;
 };
