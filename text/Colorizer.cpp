@@ -193,16 +193,24 @@ inline void FillOutsideComments(std::vector<unsigned long>& colors, int from, in
 
 } // namespace
 
-bool HasCommentDelimiter(const CString& line)
+namespace {
+
+// Whether the line p[0, len) holds a "/*" or a "*/" at or after q (every
+// one has a slash with a star beside it).
+bool DelimiterFrom(const wchar_t* p, int len, const wchar_t* q)
 {
-    // Every "/*" and "*/" has a slash with a star beside it.
-    const int len = line.GetLength();
-    const wchar_t* p = line.GetString();
-    for (const wchar_t* q = p; len >= 2 && (q = AfxFindChar(q, (size_t)(p + len - q), L'/')) != nullptr; ++q) {
+    for (; len >= 2 && (q = AfxFindChar(q, (size_t)(p + len - q), L'/')) != nullptr; ++q) {
         if ((q > p && q[-1] == L'*') || (q + 1 < p + len && q[1] == L'*'))
             return true;
     }
     return false;
+}
+
+} // namespace
+
+bool HasCommentDelimiter(const CString& line)
+{
+    return DelimiterFrom(line.GetString(), line.GetLength(), line.GetString());
 }
 
 bool SampleCommentFlagAfter(const CString& line, bool bInComment)
@@ -374,7 +382,7 @@ void CSampleColorizer::SetLineColors(const CString& line, std::vector<unsigned l
     // comment text within a block comment, else it has no block comment.
     const wchar_t* p = line.GetString();
     const wchar_t* slash = len >= 2 ? AfxFindChar(p, (size_t)len, L'/') : nullptr;
-    if (slash && HasCommentDelimiter(line)) {
+    if (slash && DelimiterFrom(p, len, slash)) {
         Spans spans;
         m_bInComment = ScanBlockComments(line, m_bInComment, &spans);
         PaintSpans(colors, spans);

@@ -66,15 +66,20 @@ void CColourProgress::Dirty(int nFrom, int nTo, int nLines)
     m_nLastDirty = std::max(m_nLastDirty, nTo);
 }
 
+void CColourProgress::MoveMarksDown(int nLine, int nCount)
+{
+    if (m_bPending && m_nPending >= nLine)
+        m_nPending += nCount;
+    if (m_nFirstDirty != kNoDirt && m_nFirstDirty >= nLine)
+        m_nFirstDirty += nCount;
+    if (m_nLastDirty >= nLine)
+        m_nLastDirty += nCount;
+}
+
 void CColourProgress::Inserted(int nLine, int nLines)
 {
     m_Lines.insert(m_Lines.begin() + nLine, uint8_t(0));
-    if (m_bPending && m_nPending >= nLine)
-        ++m_nPending;
-    if (m_nFirstDirty != kNoDirt && m_nFirstDirty >= nLine)
-        ++m_nFirstDirty;
-    if (m_nLastDirty >= nLine)
-        ++m_nLastDirty;
+    MoveMarksDown(nLine, 1);
     // The line after it needs no mark: a recolouring reaches it only
     // through this unchained line, and checks it against the state it gets.
     Dirty(nLine, nLine, nLines);
@@ -104,12 +109,7 @@ void CColourProgress::InsertedBlock(int nLine, int nCount, int nLines)
     if (nCount <= 0)
         return;
     m_Lines.insert(m_Lines.begin() + nLine, (size_t)nCount, uint8_t(0));
-    if (m_bPending && m_nPending >= nLine)
-        m_nPending += nCount;
-    if (m_nFirstDirty != kNoDirt && m_nFirstDirty >= nLine)
-        m_nFirstDirty += nCount;
-    if (m_nLastDirty >= nLine)
-        m_nLastDirty += nCount;
+    MoveMarksDown(nLine, nCount);
     Dirty(nLine, nLine + nCount - 1, nLines);
 }
 
@@ -122,12 +122,7 @@ void CColourProgress::InsertedAlternate(int nLine, int nCount, int nLines)
     const int nBefore = nLines - nCount;
     for (int j = 0; j < nCount; ++j) {
         const int at = nLine + nCount - 1 - j;
-        if (m_bPending && m_nPending >= at)
-            ++m_nPending;
-        if (m_nFirstDirty != kNoDirt && m_nFirstDirty >= at)
-            ++m_nFirstDirty;
-        if (m_nLastDirty >= at)
-            ++m_nLastDirty;
+        MoveMarksDown(at, 1);
         Dirty(at, at, nBefore + j + 1);
     }
     // The lines' own marks: an unchained line at nLine + 2i, the old lines

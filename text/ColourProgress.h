@@ -118,6 +118,9 @@ private:
     void Compute(CScriptText& text, int nLine);
     void Finished(int nFrom, bool bCleanFrom, bool bState, int nLines);
     void Dirty(int nFrom, int nTo, int nLines);
+    // The watermark and the unclean range follow nCount lines inserted at
+    // nLine (marks at or below it move down).
+    void MoveMarksDown(int nLine, int nCount);
     bool SnapshotCurrent(const CColorizer& c) const;
     // The flag a host's line-local colorizer leaves after line nLine.
     bool ExitAfter(CScriptText& text, int nLine, bool bState);

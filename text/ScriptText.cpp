@@ -12,7 +12,8 @@ namespace {
 }
 
 CScriptText::CScriptText()
-    : m_nMaxLineLen(0), m_bDeferFullUpdate(false), m_bFullUpdateDue(false), m_pColorizer(&m_DefColorizer), m_pProgress(new CColourProgress)
+    : m_bDeferFullUpdate(false), m_bFullUpdateDue(false), m_nMaxLineLen(0), m_pColorizer(&m_DefColorizer),
+      m_pProgress(new CColourProgress)
 {
 }
 
@@ -266,11 +267,10 @@ void CScriptText::_InsertLinesAlternate(std::vector<CString>& lines, int nLine, 
         CountLength(line.GetLength(), 1);
     // Coloured in the order they go in: the last of the vector first.
     std::vector<std::vector<unsigned long>> colors((size_t)nCount);
-    {
+    if (bColor) {
         CColourBatch batch;
         for (int i = nCount - 1; i >= 0; --i)
-            if (bColor)
-                m_pColorizer->SetLineColors(lines[(size_t)i], colors[(size_t)i]);
+            m_pColorizer->SetLineColors(lines[(size_t)i], colors[(size_t)i]);
     }
     // The lines and their colours, old ones between the new: the stretch
     // from nLine is rebuilt in one pass.
