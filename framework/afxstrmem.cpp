@@ -1,4 +1,4 @@
-// The storage under CString (blocks from size-class slabs) and the fast
+// The storage under CString (blocks cut from slabs) and the fast
 // scans over UTF-16 text.
 #include "afxstr.h"
 #include "strblocks.h"
@@ -9,6 +9,9 @@
 #include <cwchar>
 #include <new>
 #include <thread>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -117,17 +120,38 @@ size_t AFXAPI AfxCountLineFeeds(const wchar_t* p, size_t* pnLineFeeds) noexcept
 // Blocks for string characters. A document keeps one string per line, and
 // the general heap spends 16 bytes of header and up to 15 of rounding on
 // every block; string blocks up to kMaxSmall bytes therefore come from
-// slabs of one size class each (multiples of 8 bytes), with no header at
-// all: a string's own header tells its size when it is freed. Freed blocks
-// go to their class's free list and are reused; slabs are kept for the
-// life of the process, as a heap keeps its segments. Larger blocks come
-// from the heap. Builds under AddressSanitizer take every block from the
-// heap, so that the sanitizer sees each one.
+// slabs, with no header at all: a string's own header tells its size when
+// it is freed. A slab is cut into blocks of any size class (multiples of 8
+// bytes) in the order they are asked for, so the lines of a text loaded at
+// once lie one after another in memory and a scan over them reads memory
+// in order. A freed block goes on its class's stack of free blocks and is
+// reused from there.
+//
+// A slab all of whose blocks are free is taken back whole and cut again
+// from its start: without that, the lines of a text loaded after another
+// was closed would be scattered over the free blocks of the closed one,
+// and a search over them would wait on memory at every line. Each slab's
+// blocks in use are counted in a small table of their own (looked up by
+// the slab's address), so that freeing a block touches no other memory
+// than the block and the table. Taking slabs back means dropping their
+// blocks from the stacks, a pass that reads only the stacks and the table
+// (never the blocks); it is made once the free blocks of wholly free slabs
+// are at least half of all free blocks, so each pass costs at most twice
+// what it takes back. Slabs come from the system 16 at a time, aligned to
+// their size (a block finds its slab by rounding its address down), and
+// are kept for the life of the process, as a heap keeps its segments.
+//
+// Builds under AddressSanitizer take every block from the heap, so that
+// the sanitizer sees each one.
 namespace StringBlocks {
 
 const size_t kGrain = 8;
 const size_t kMaxSmall = 1024;
-const size_t kSlabBytes = 64 * 1024;
+const size_t kClasses = kMaxSmall / kGrain + 1;
+const unsigned kSlabShift = 16;
+const size_t kSlabBytes = size_t(1) << kSlabShift;
+const size_t kSlabsPerChunk = 16;
+const size_t kSweepMin = 4096; // free blocks of free slabs before a pass is worth it
 
 #if defined(__SANITIZE_ADDRESS__)
 #define VELMOR_STRING_SLABS 0
@@ -140,17 +164,45 @@ const size_t kSlabBytes = 64 * 1024;
 #define VELMOR_STRING_SLABS 1
 #endif
 
-struct FreeBlock
+// One slab's entry in the table of slabs.
+struct SlabCounts
 {
-    FreeBlock* next;
+    uintptr_t key;   // the slab's address >> kSlabShift (0: an empty entry)
+    uint32_t live;   // blocks in use
+    uint32_t carved; // blocks cut from it so far, in use or free (0 once taken back)
+};
+
+// A slab waiting to be cut again keeps the link to the next one in its
+// first bytes.
+struct SpareSlab
+{
+    SpareSlab* next;
+};
+
+// The free blocks of one size class, the last freed on top.
+struct FreeStack
+{
+    void** items;
+    size_t count;
+    size_t capacity;
 };
 
 // Zero-initialised statics: usable before any constructor runs and after
 // every destructor, as strings in static objects need.
 std::atomic_flag g_lock = ATOMIC_FLAG_INIT;
-FreeBlock* g_free[kMaxSmall / kGrain + 1];
-char* g_bump;     // next unused byte of the newest slab
-char* g_bumpEnd;  // end of the newest slab
+FreeStack g_free[kClasses];
+SlabCounts* g_table; // open addressing, at most half full
+size_t g_tableMask;  // its size - 1
+uintptr_t g_bumpKey; // the slab being cut
+char* g_bump;        // its next uncut byte
+char* g_bumpEnd;     // its end
+SpareSlab* g_spare;  // slabs taken back, to be cut again
+char* g_chunk;       // slabs from the system not yet used
+char* g_chunkEnd;
+size_t g_freeBlocks; // blocks on the stacks
+size_t g_deadBlocks; // of those, blocks of slabs with nothing in use (the slab being cut aside)
+size_t g_slabs;      // slabs from the system
+size_t g_spareSlabs; // of those, on the spare list
 
 struct Lock
 {
@@ -161,6 +213,164 @@ struct Lock
     }
     ~Lock() { g_lock.clear(std::memory_order_release); }
 };
+
+inline uintptr_t KeyOf(const void* p) noexcept
+{
+    return (uintptr_t)p >> kSlabShift;
+}
+
+inline size_t Slot(uintptr_t key) noexcept
+{
+    return (size_t)(((uint64_t)key * 0x9E3779B97F4A7C15ULL) >> 32) & g_tableMask;
+}
+
+// The entry of the slab that holds p (which is in one).
+inline SlabCounts& CountsOf(const void* p) noexcept
+{
+    const uintptr_t key = KeyOf(p);
+    size_t i = Slot(key);
+    while (g_table[i].key != key)
+        i = (i + 1) & g_tableMask;
+    return g_table[i];
+}
+
+void Insert(SlabCounts* table, size_t mask, const SlabCounts& counts) noexcept
+{
+    size_t i = (size_t)(((uint64_t)counts.key * 0x9E3779B97F4A7C15ULL) >> 32) & mask;
+    while (table[i].key)
+        i = (i + 1) & mask;
+    table[i] = counts;
+}
+
+// Room in the table for n more slabs.
+void ReserveSlabs(size_t n)
+{
+    size_t size = g_table ? g_tableMask + 1 : 0;
+    if (2 * (g_slabs + n) <= size)
+        return;
+    while (2 * (g_slabs + n) > size)
+        size = size ? 2 * size : 256;
+    SlabCounts* table = static_cast<SlabCounts*>(std::calloc(size, sizeof(SlabCounts)));
+    if (!table)
+        throw std::bad_alloc();
+    for (size_t i = 0; g_table && i <= g_tableMask; ++i)
+        if (g_table[i].key)
+            Insert(table, size - 1, g_table[i]);
+    std::free(g_table);
+    g_table = table;
+    g_tableMask = size - 1;
+}
+
+// False when the stack cannot grow (out of memory).
+bool Push(void* p, size_t bytes) noexcept
+{
+    FreeStack& stack = g_free[bytes / kGrain];
+    if (stack.count == stack.capacity) {
+        const size_t capacity = stack.capacity ? 2 * stack.capacity : 256;
+        void** items = static_cast<void**>(std::realloc(stack.items, capacity * sizeof(void*)));
+        if (!items)
+            return false;
+        stack.items = items;
+        stack.capacity = capacity;
+    }
+    stack.items[stack.count++] = p;
+    ++g_freeBlocks;
+    return true;
+}
+
+char* SystemChunk(size_t bytes)
+{
+#ifdef _WIN32
+    // Reservations start on the allocation granularity (64 KiB), which
+    // aligns every slab in the chunk.
+    void* p = VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+#else
+    void* p = std::aligned_alloc(kSlabBytes, bytes);
+#endif
+    if (!p || ((uintptr_t)p & (kSlabBytes - 1)) != 0)
+        throw std::bad_alloc();
+    return static_cast<char*>(p);
+}
+
+// Every block of a slab with nothing in use dropped from the stacks (the
+// others keep their order), and those slabs put on the spare list, each
+// once.
+void Sweep() noexcept
+{
+    for (FreeStack& stack : g_free) {
+        size_t kept = 0;
+        for (size_t i = 0; i < stack.count; ++i) {
+            void* p = stack.items[i];
+            SlabCounts& c = CountsOf(p);
+            if (c.live == 0 && c.key != g_bumpKey) {
+                if (c.carved) {
+                    c.carved = 0;
+                    SpareSlab* s = reinterpret_cast<SpareSlab*>(c.key << kSlabShift);
+                    s->next = g_spare;
+                    g_spare = s;
+                    ++g_spareSlabs;
+                }
+            } else {
+                stack.items[kept++] = p;
+            }
+        }
+        g_freeBlocks -= stack.count - kept;
+        stack.count = kept;
+    }
+    g_deadBlocks = 0;
+}
+
+// A slab other than the one being cut has nothing in use any more.
+inline void SlabFreed(const SlabCounts& c) noexcept
+{
+    g_deadBlocks += c.carved;
+    if (g_deadBlocks >= kSweepMin && 2 * g_deadBlocks >= g_freeBlocks)
+        Sweep();
+}
+
+// The slab being cut is done with (its uncut rest goes to the class that
+// fits it exactly, so that nothing is lost: sizes and slabs are multiples
+// of the grain), and the next is a spare one or one more from the system.
+void NextSlab()
+{
+    if (g_bumpKey) {
+        SlabCounts& old = CountsOf(g_bump - 1);
+        const size_t rest = (size_t)(g_bumpEnd - g_bump);
+        if (rest >= kGrain) {
+            ++old.carved;
+            if (!Push(g_bump, rest))
+                ++old.live; // (kept out of use for good)
+        }
+        g_bumpKey = 0;
+        g_bump = g_bumpEnd = nullptr;
+        if (old.live == 0)
+            SlabFreed(old);
+    }
+    char* slab;
+    if (g_spare) {
+        SpareSlab* s = g_spare;
+        g_spare = s->next;
+        --g_spareSlabs;
+        slab = reinterpret_cast<char*>(s);
+    } else {
+        if (g_chunk == g_chunkEnd) {
+            ReserveSlabs(kSlabsPerChunk);
+            g_chunk = SystemChunk(kSlabsPerChunk * kSlabBytes);
+            g_chunkEnd = g_chunk + kSlabsPerChunk * kSlabBytes;
+            for (char* q = g_chunk; q != g_chunkEnd; q += kSlabBytes)
+                Insert(g_table, g_tableMask, SlabCounts{KeyOf(q), 0, 0});
+            g_slabs += kSlabsPerChunk;
+        }
+        slab = g_chunk;
+        g_chunk += kSlabBytes;
+    }
+    SlabCounts& c = CountsOf(slab);
+    c.live = 0;
+    c.carved = 0;
+    g_bumpKey = c.key;
+    g_bump = slab;
+    g_bumpEnd = slab + kSlabBytes;
+}
 
 size_t RoundUp(size_t bytes)
 {
@@ -177,29 +387,22 @@ void* Alloc(size_t bytes)
         return p;
     }
     Lock lock;
-    FreeBlock*& head = g_free[bytes / kGrain];
-    if (head) {
-        FreeBlock* p = head;
-        head = p->next;
+    FreeStack& stack = g_free[bytes / kGrain];
+    if (stack.count) {
+        void* p = stack.items[--stack.count];
+        --g_freeBlocks;
+        SlabCounts& c = CountsOf(p);
+        if (c.live++ == 0 && c.key != g_bumpKey)
+            g_deadBlocks -= c.carved; // its blocks are no longer all free
         return p;
     }
-    if ((size_t)(g_bumpEnd - g_bump) < bytes) {
-        // What is left of the old slab is too small for this class: give it
-        // to the class that fits it exactly, so that nothing is lost.
-        const size_t rest = (size_t)(g_bumpEnd - g_bump);
-        if (rest >= kGrain) {
-            FreeBlock* b = reinterpret_cast<FreeBlock*>(g_bump);
-            b->next = g_free[rest / kGrain];
-            g_free[rest / kGrain] = b;
-        }
-        char* slab = static_cast<char*>(std::malloc(kSlabBytes));
-        if (!slab)
-            throw std::bad_alloc();
-        g_bump = slab;
-        g_bumpEnd = slab + kSlabBytes;
-    }
+    if ((size_t)(g_bumpEnd - g_bump) < bytes)
+        NextSlab();
     void* p = g_bump;
     g_bump += bytes;
+    SlabCounts& c = CountsOf(p);
+    ++c.live;
+    ++c.carved;
     return p;
 }
 
@@ -211,10 +414,24 @@ void Free(void* p, size_t bytes) noexcept
         return;
     }
     Lock lock;
-    FreeBlock* b = static_cast<FreeBlock*>(p);
-    b->next = g_free[bytes / kGrain];
-    g_free[bytes / kGrain] = b;
+    // A block the stack has no room for stays out of use, counted as live.
+    if (!Push(p, bytes))
+        return;
+    SlabCounts& c = CountsOf(p);
+    if (--c.live == 0 && c.key != g_bumpKey)
+        SlabFreed(c);
+}
+
+Usage GetUsage() noexcept
+{
+    Lock lock;
+    Usage u;
+    u.slabs = g_slabs;
+    u.spareSlabs = g_spareSlabs;
+    u.freeBlocks = g_freeBlocks;
+    u.slabBytes = kSlabBytes;
+    u.slabbed = VELMOR_STRING_SLABS != 0;
+    return u;
 }
 
 } // namespace StringBlocks
-
