@@ -128,11 +128,12 @@ namespace {
 // A quick test that lets through every line in which a forward search can
 // find what from column 0: such a line has, at some column, a character
 // that can match what's first one and, wlen - 1 further, one that can match
-// its last. Which characters can: ignoring case, the first character of
-// what matches only itself and its lower case (non-ASCII characters never
+// its last. Which characters can: matching case, each only itself.
+// Ignoring case, what's first character matches itself and, when it is an
+// ASCII letter, the letter in the other case (non-ASCII characters never
 // stand for an ASCII one there, see FindUpper); a later character of what
-// matches, in the line's upper-case reading, itself, its lower case, and
-// possibly any non-ASCII character (whose upper case may be anything).
+// matches the same in the line's upper-case reading, and also any
+// non-ASCII character (whose upper case may be anything).
 class LineFilter
 {
 public:
@@ -145,54 +146,24 @@ public:
         const wchar_t w0 = what[0], wl = what[m_wlen - 1];
         if (bUpper && (unsigned)w0 >= 0x80)
             return; // (not worth a filter)
-        m_f1 = w0;
-        m_f2 = bUpper ? Lower(w0) : w0;
-        m_l1 = wl;
-        m_l2 = bUpper ? Lower(wl) : wl;
+        m_bFoldFirst = bUpper && IsAsciiLetter(w0);
+        m_bFoldLast = bUpper && IsAsciiLetter(wl);
+        m_first = m_bFoldFirst ? Lower(w0) : w0;
+        m_last = m_bFoldLast ? Lower(wl) : wl;
         m_bLastWide = bUpper && m_wlen > 1;
         m_bUsable = true;
-#ifdef __SSE2__
-        MakeVectors();
-#endif
     }
     bool Usable() const { return m_bUsable; }
+    int Length() const { return m_wlen; }
+    bool FoldFirst() const { return m_bFoldFirst; }
+    bool FoldLast() const { return m_bFoldLast; }
+    bool LastWide() const { return m_bLastWide; }
+    wchar_t FirstChar() const { return m_first; }
+    wchar_t LastChar() const { return m_last; }
 
-    bool MayHold(const CString& line) const
+    // One column at a time (short lines, and builds without SSE2).
+    bool MayHoldAt(const wchar_t* p, const wchar_t* q, int positions) const
     {
-        const int len = line.GetLength();
-        const int positions = len - m_wlen + 1; // columns where what could start
-        if (positions <= 0)
-            return false;
-        const wchar_t* p = line.GetString();
-        const wchar_t* q = p + m_wlen - 1;      // the last character at each of them
-#ifdef __SSE2__
-        const int lanes = 16 / (int)sizeof(wchar_t);
-#if VELMOR_SEARCH_OVERREAD
-        // Most lines: four blocks at once, read past the line's end within
-        // the page that holds the end of the last (a page is readable as a
-        // whole), the columns past the last one dropped. No decision is
-        // taken between the blocks, so no branch is mispredicted.
-        const uintptr_t reach = (uintptr_t)(q + 4 * lanes) - 1;
-        if ((reach & ~(uintptr_t)4095) == ((uintptr_t)q & ~(uintptr_t)4095)) {
-            uint64_t hits = 0;
-            for (int k = 0; k < 4; ++k)
-                hits |= (uint64_t)(unsigned)_mm_movemask_epi8(Block(p + k * lanes, q + k * lanes)) << (16 * k);
-            const int bytes = positions * (int)sizeof(wchar_t);
-            if (bytes < 64)
-                return (hits & ((1ULL << bytes) - 1)) != 0;
-            if (hits)
-                return true;
-            if (positions == 4 * lanes)
-                return false;
-            // A longer line: the rest as below, the blocks done skipped.
-            p += 4 * lanes;
-            q += 4 * lanes;
-            return Rest(p, q, positions - 4 * lanes);
-        }
-#endif
-        if (positions >= lanes)
-            return Rest(p, q, positions);
-#endif
         for (int i = 0; i < positions; ++i)
             if (First(p[i]) && Last(q[i]))
                 return true;
@@ -200,76 +171,180 @@ public:
     }
 
 private:
-#ifdef __SSE2__
-    // Whether one of positions (at least a vector's worth) columns passes:
-    // the blocks' results are gathered and looked at once.
-    bool Rest(const wchar_t* p, const wchar_t* q, int positions) const
-    {
-        const int lanes = 16 / (int)sizeof(wchar_t);
-        if (positions < lanes) {
-            // (Only after the four blocks: back up to a whole block.)
-            p -= lanes - positions;
-            q -= lanes - positions;
-            positions = lanes;
-        }
-        const int lastBlock = positions - lanes; // overlaps the one before
-        __m128i any = _mm_setzero_si128();
-        for (int i = 0; i < lastBlock; i += lanes)
-            any = _mm_or_si128(any, Block(p + i, q + i));
-        any = _mm_or_si128(any, Block(p + lastBlock, q + lastBlock));
-        return _mm_movemask_epi8(any) != 0;
-    }
-#endif
+    static bool IsAsciiLetter(wchar_t c) { return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z'); }
     static wchar_t Lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? (wchar_t)(c + (L'a' - L'A')) : c; }
-    bool First(wchar_t c) const { return c == m_f1 || c == m_f2; }
-    bool Last(wchar_t c) const { return c == m_l1 || c == m_l2 || (m_bLastWide && (unsigned)c >= 0x80); }
+    bool First(wchar_t c) const { return (m_bFoldFirst ? Lower(c) : c) == m_first; }
+    bool Last(wchar_t c) const
+    {
+        return (m_bFoldLast ? Lower(c) : c) == m_last || (m_bLastWide && (unsigned)c >= 0x80);
+    }
+
+    int m_wlen = 0;
+    bool m_bUsable = false;
+    bool m_bFoldFirst = false, m_bFoldLast = false, m_bLastWide = false;
+    wchar_t m_first = 0, m_last = 0;
+};
 
 #ifdef __SSE2__
+// The filter in vector form, for one choice of how the first and the last
+// character are compared (a separate loop for each, so that no choice is
+// made per line). An ASCII letter is compared in lower case: the letter
+// with bit 0x20 set, which only its two cases give.
+template <bool FoldFirst, bool FoldLast, bool Wide>
+class VectorFilter
+{
+public:
+    static const int kLanes = 16 / (int)sizeof(wchar_t);
+    static const int kFast = 4 * kLanes; // positions of the four-block test
+
+    explicit VectorFilter(const LineFilter& f) : m_filter(f), m_wlen(f.Length())
+    {
+        if constexpr (sizeof(wchar_t) == 2) {
+            m_first = _mm_set1_epi16((short)f.FirstChar());
+            m_last = _mm_set1_epi16((short)f.LastChar());
+            m_fold = _mm_set1_epi16(0x20);
+            m_wide = _mm_set1_epi16((short)0xFF80); // the bits above 0x7F
+        } else {
+            m_first = _mm_set1_epi32((int)f.FirstChar());
+            m_last = _mm_set1_epi32((int)f.LastChar());
+            m_fold = _mm_set1_epi32(0x20);
+            m_wide = _mm_set1_epi32((int)0xFFFFFF80u);
+        }
+    }
+
+    bool MayHold(const CString& line) const
+    {
+        const int positions = line.GetLength() - m_wlen + 1; // columns where what could start
+        if (positions <= 0)
+            return false;
+        const wchar_t* p = line.GetString();
+        const wchar_t* q = p + m_wlen - 1; // the last character at each of them
+#if VELMOR_SEARCH_OVERREAD
+        // Most lines: four blocks at once, read past the line's end within
+        // the page that holds the end of the last (a page is readable as a
+        // whole), the columns past the last one dropped. The blocks' lanes
+        // are packed into one bit per column, and no decision is taken
+        // between them, so no branch is mispredicted.
+        const uintptr_t reach = (uintptr_t)(q + kFast) - 1;
+        if ((reach & ~(uintptr_t)4095) == ((uintptr_t)q & ~(uintptr_t)4095)) {
+            uint32_t hits = Hits(p, q);
+            if (positions < kFast)
+                return (hits & ((1u << positions) - 1)) != 0;
+            if (hits)
+                return true;
+            if (positions == kFast)
+                return false;
+            // A longer line: the rest as below, the blocks done skipped.
+            return Rest(p + kFast, q + kFast, positions - kFast);
+        }
+#endif
+        if (positions >= kLanes)
+            return Rest(p, q, positions);
+        return m_filter.MayHoldAt(p, q, positions);
+    }
+
+private:
+    static __m128i Equal(__m128i a, __m128i b)
+    {
+        if constexpr (sizeof(wchar_t) == 2)
+            return _mm_cmpeq_epi16(a, b);
+        else
+            return _mm_cmpeq_epi32(a, b);
+    }
+
     // Which of the positions a vector holds pass (lanes of ones), for the
     // first characters at a and the last at b.
     __m128i Block(const wchar_t* a, const wchar_t* b) const
     {
-        const __m128i va = _mm_loadu_si128((const __m128i*)a), vb = _mm_loadu_si128((const __m128i*)b);
-        __m128i first, last;
-        if constexpr (sizeof(wchar_t) == 2) {
-            first = _mm_or_si128(_mm_cmpeq_epi16(va, m_vf1), _mm_cmpeq_epi16(va, m_vf2));
-            last = _mm_or_si128(_mm_cmpeq_epi16(vb, m_vl1), _mm_cmpeq_epi16(vb, m_vl2));
-            if (m_bLastWide) // any unit at or above 0x80: not one whose high bits are all clear
-                last = _mm_or_si128(last, _mm_andnot_si128(_mm_cmpeq_epi16(_mm_and_si128(vb, m_vWide), _mm_setzero_si128()),
-                                                           _mm_set1_epi32(-1)));
-        } else {
-            first = _mm_or_si128(_mm_cmpeq_epi32(va, m_vf1), _mm_cmpeq_epi32(va, m_vf2));
-            last = _mm_or_si128(_mm_cmpeq_epi32(vb, m_vl1), _mm_cmpeq_epi32(vb, m_vl2));
-            if (m_bLastWide)
-                last = _mm_or_si128(last, _mm_andnot_si128(_mm_cmpeq_epi32(_mm_and_si128(vb, m_vWide), _mm_setzero_si128()),
-                                                           _mm_set1_epi32(-1)));
-        }
-        return _mm_and_si128(first, last);
+        __m128i va = _mm_loadu_si128((const __m128i*)a);
+        const __m128i vb = _mm_loadu_si128((const __m128i*)b);
+        if (FoldFirst)
+            va = _mm_or_si128(va, m_fold);
+        const __m128i first = Equal(va, m_first);
+        const __m128i last = Equal(FoldLast ? _mm_or_si128(vb, m_fold) : vb, m_last);
+        if (!Wide)
+            return _mm_and_si128(first, last);
+        // Passing unless ASCII and not what's last character.
+        const __m128i ascii = Equal(_mm_and_si128(vb, m_wide), _mm_setzero_si128());
+        return _mm_andnot_si128(_mm_andnot_si128(last, ascii), first);
     }
-    void MakeVectors()
+
+    // The four blocks from p and q, a bit per position.
+    uint32_t Hits(const wchar_t* p, const wchar_t* q) const
     {
+        const __m128i r0 = Block(p, q), r1 = Block(p + kLanes, q + kLanes);
+        const __m128i r2 = Block(p + 2 * kLanes, q + 2 * kLanes), r3 = Block(p + 3 * kLanes, q + 3 * kLanes);
         if constexpr (sizeof(wchar_t) == 2) {
-            m_vf1 = _mm_set1_epi16((short)m_f1);
-            m_vf2 = _mm_set1_epi16((short)m_f2);
-            m_vl1 = _mm_set1_epi16((short)m_l1);
-            m_vl2 = _mm_set1_epi16((short)m_l2);
-            m_vWide = _mm_set1_epi16((short)0xFF80); // the bits above 0x7F
+            return (uint32_t)_mm_movemask_epi8(_mm_packs_epi16(r0, r1)) |
+                   (uint32_t)_mm_movemask_epi8(_mm_packs_epi16(r2, r3)) << 16;
         } else {
-            m_vf1 = _mm_set1_epi32((int)m_f1);
-            m_vf2 = _mm_set1_epi32((int)m_f2);
-            m_vl1 = _mm_set1_epi32((int)m_l1);
-            m_vl2 = _mm_set1_epi32((int)m_l2);
-            m_vWide = _mm_set1_epi32((int)0xFFFFFF80u);
+            return (uint32_t)_mm_movemask_epi8(_mm_packs_epi16(_mm_packs_epi32(r0, r1), _mm_packs_epi32(r2, r3)));
         }
     }
-    __m128i m_vf1, m_vf2, m_vl1, m_vl2, m_vWide;
+
+    // Whether one of positions (at least a vector's worth) columns passes:
+    // the blocks' results are gathered and looked at once.
+    bool Rest(const wchar_t* p, const wchar_t* q, int positions) const
+    {
+        if (positions < kLanes) {
+            // (Only after the four blocks: back up to a whole block.)
+            p -= kLanes - positions;
+            q -= kLanes - positions;
+            positions = kLanes;
+        }
+        const int lastBlock = positions - kLanes; // overlaps the one before
+        __m128i any = _mm_setzero_si128();
+        for (int i = 0; i < lastBlock; i += kLanes)
+            any = _mm_or_si128(any, Block(p + i, q + i));
+        any = _mm_or_si128(any, Block(p + lastBlock, q + lastBlock));
+        return _mm_movemask_epi8(any) != 0;
+    }
+
+    const LineFilter& m_filter;
+    int m_wlen;
+    __m128i m_first, m_last, m_fold, m_wide;
+};
 #endif
 
-    int m_wlen = 0;
-    bool m_bUsable = false;
-    wchar_t m_f1 = 0, m_f2 = 0, m_l1 = 0, m_l2 = 0;
-    bool m_bLastWide = false;
-};
+// The scan of lines[line] .. lines[nEnd - 1], from column nPos in the
+// first, with test(line) passing over lines that cannot hold what.
+template <class Test>
+int ScanLines(const CString* lines, int line, int nEnd, const wchar_t* what, int nPos, unsigned short flags,
+              int& nCol, const Test& test)
+{
+    const int kAhead = 0;
+    const int nFirst = line;
+    for (; line < nEnd; ++line) {
+        // Lines live in blocks of their own: the one a few lines ahead is
+        // fetched while this one is searched, so the scan waits on memory
+        // once, not once a line (its length stands just before its text).
+        if (kAhead && line + kAhead < nEnd) {
+            const char* ahead = (const char*)lines[line + kAhead].GetString();
+            __builtin_prefetch(ahead - 8);
+            __builtin_prefetch(ahead + 56);
+        }
+        const int from = line == nFirst ? nPos : 0;
+        if (from == 0 && !test(lines[line]))
+            continue;
+        const int col = SearchLine(lines[line], what, from, flags);
+        if (col >= 0) {
+            nCol = col;
+            return line;
+        }
+    }
+    return nEnd;
+}
+
+#ifdef __SSE2__
+template <bool FoldFirst, bool FoldLast, bool Wide>
+int ScanFiltered(const CString* lines, int nFirst, int nEnd, const wchar_t* what, int nPos, unsigned short flags,
+                 int& nCol, const LineFilter& filter)
+{
+    const VectorFilter<FoldFirst, FoldLast, Wide> vf(filter);
+    return ScanLines(lines, nFirst, nEnd, what, nPos, flags, nCol,
+                     [&vf](const CString& line) { return vf.MayHold(line); });
+}
+#endif
 
 } // namespace
 
@@ -280,26 +355,26 @@ int AFXAPI SearchLinesForward(const CString* lines, int nFirst, int nEnd, const 
     if (!what || nFirst >= nEnd)
         return nEnd;
     const LineFilter filter(what, flags);
-    const int kAhead = 64;
-    for (int line = nFirst; line < nEnd; ++line) {
-        // Lines live in blocks of their own: the one a few lines ahead is
-        // fetched while this one is searched, so the scan waits on memory
-        // once, not once a line (its length stands just before its text).
-        if (kAhead && line + kAhead < nEnd) {
-            const char* ahead = (const char*)lines[line + kAhead].GetString();
-            __builtin_prefetch(ahead - 8);
-            __builtin_prefetch(ahead + 56);
-        }
-        const int from = line == nFirst ? nPos : 0;
-        if (from == 0 && filter.Usable() && !filter.MayHold(lines[line]))
-            continue;
-        const int col = SearchLine(lines[line], what, from, flags);
-        if (col >= 0) {
-            nCol = col;
-            return line;
-        }
+    if (!filter.Usable())
+        return ScanLines(lines, nFirst, nEnd, what, nPos, flags, nCol, [](const CString&) { return true; });
+#ifdef __SSE2__
+    switch ((filter.FoldFirst() ? 4 : 0) | (filter.FoldLast() ? 2 : 0) | (filter.LastWide() ? 1 : 0)) {
+    case 0: return ScanFiltered<false, false, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    case 1: return ScanFiltered<false, false, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    case 2: return ScanFiltered<false, true, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    case 3: return ScanFiltered<false, true, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    case 4: return ScanFiltered<true, false, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    case 5: return ScanFiltered<true, false, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    case 6: return ScanFiltered<true, true, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    default: return ScanFiltered<true, true, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
     }
-    return nEnd;
+#else
+    return ScanLines(lines, nFirst, nEnd, what, nPos, flags, nCol, [&filter](const CString& line) {
+        const int positions = line.GetLength() - filter.Length() + 1;
+        const wchar_t* p = line.GetString();
+        return positions > 0 && filter.MayHoldAt(p, p + filter.Length() - 1, positions);
+    });
+#endif
 }
 
 CString AFXAPI LineCommentOut(const CString& line)

@@ -1,6 +1,7 @@
 // Line search, reverse search and the comment markers, without a window.
 #include "text/TextSearch.h"
 #include "test_util.h"
+#include "tests/support/SearchAgreement.h"
 
 TEST(TextSearch, ReverseFind)
 {
@@ -105,37 +106,9 @@ TEST(TextSearch, SearchLinesForwardFindsWhatSearchLineFinds)
             }
 }
 
-// Random lines of every length up to 90 (the many-column steps, the short
-// lines' reads past their end, the tails) from a small alphabet, random
-// texts to find in all four forms: the same line and column as SearchLine
-// line by line.
+// Random lines and texts to find (tests/support/SearchAgreement.h): the
+// same line and column as SearchLine line by line.
 TEST(TextSearch, SearchLinesForwardAgreesOnRandomLines)
 {
-    uint32_t seed = 12345;
-    auto next = [&seed](uint32_t n) {
-        seed = seed * 1664525u + 1013904223u;
-        return (seed >> 8) % n;
-    };
-    const wchar_t alphabet[] = L"abAB_ x*/\x00E9\x00C9";
-    auto text = [&](int len) {
-        CString s;
-        for (int i = 0; i < len; ++i)
-            s += alphabet[next(sizeof alphabet / sizeof alphabet[0] - 1)];
-        return s;
-    };
-    for (int round = 0; round < 400; ++round) {
-        std::vector<CString> lines;
-        for (int i = 0; i < 30; ++i)
-            lines.push_back(text((int)next(91)));
-        const CString what = text(1 + (int)next(round % 4 == 0 ? 20 : 4));
-        const unsigned short flags = (unsigned short)(next(4) * 2);
-        const int n = (int)lines.size();
-        int expected = n, expectedCol = -1;
-        for (int l = 0; l < n && expected == n; ++l)
-            if ((expectedCol = SearchLine(lines[(size_t)l], what, 0, flags)) >= 0)
-                expected = l;
-        int col = 0;
-        ASSERT_EQ(expected, SearchLinesForward(lines.data(), 0, n, what, 0, flags, col)) << round;
-        ASSERT_EQ(expected == n ? -1 : expectedCol, col) << round;
-    }
+    EXPECT_EQ("", search_agreement::FirstDisagreement(2000));
 }

@@ -2,6 +2,7 @@
 // a control in a real window: the match selected, the line returned, the
 // text read back, each change undone.
 #include "host.h"
+#include "tests/support/SearchAgreement.h"
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -229,4 +230,14 @@ TEST(Search, BadInput)
     e->m_ptAnchor = CPoint(0, 0);
     e->m_ptCursor = CPoint(0, 0);
     EXPECT_EQ(0, e->ReplaceString(&with[0]));
+}
+
+// The many-line search in UTF-16, as the control runs it: most lines are
+// tested four blocks at a time with reads past their end, and the lines of
+// one text lie side by side in memory, so a read past one line's end sees
+// the next one. Random lines and texts: the same line and column as
+// SearchLine line by line.
+TEST(Search, ManyLinesAgreeWithOneLineAtATime)
+{
+    EXPECT_EQ("", search_agreement::FirstDisagreement(2000));
 }
