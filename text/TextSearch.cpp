@@ -127,13 +127,15 @@ namespace {
 
 // A quick test that lets through every line in which a forward search can
 // find what from column 0: such a line has, at some column, a character
-// that can match what's first one and, wlen - 1 further, one that can match
-// its last. Which characters can: matching case, each only itself.
-// Ignoring case, what's first character matches itself and, when it is an
-// ASCII letter, the letter in the other case (non-ASCII characters never
-// stand for an ASCII one there, see FindUpper); a later character of what
-// matches the same in the line's upper-case reading, and also any
-// non-ASCII character (whose upper case may be anything).
+// that can match what's first one, one that can match its middle one
+// (what of three characters or more) at the same distance as in what, and
+// one that can match its last. Which characters can: matching case, each
+// only itself. Ignoring case, an ASCII character of what is also matched
+// by the same character with bit 0x20 flipped (a letter's other case, and
+// a few characters that cannot match, which only cost a closer look);
+// non-ASCII characters never stand for what's ASCII first character (see
+// FindUpper), but may for any later one (their upper case may be
+// anything).
 class LineFilter
 {
 public:
@@ -142,74 +144,65 @@ public:
         m_wlen = (int)std::wcslen(what);
         if (m_wlen == 0 || (flags & VELMOR_FIND_BACKWARDS))
             return;
-        const bool bUpper = !(flags & VELMOR_FIND_MATCHCASE);
-        const wchar_t w0 = what[0], wl = what[m_wlen - 1];
-        if (bUpper && (unsigned)w0 >= 0x80)
+        m_bFold = !(flags & VELMOR_FIND_MATCHCASE);
+        const wchar_t w0 = what[0];
+        if (m_bFold && (unsigned)w0 >= 0x80)
             return; // (not worth a filter)
-        m_bFoldFirst = bUpper && IsAsciiLetter(w0);
-        m_bFoldLast = bUpper && IsAsciiLetter(wl);
-        m_first = m_bFoldFirst ? Lower(w0) : w0;
-        m_last = m_bFoldLast ? Lower(wl) : wl;
-        m_bLastWide = bUpper && m_wlen > 1;
+        m_nMid = m_wlen >= 3 ? m_wlen / 2 : 0;
+        m_first = Folded(w0);
+        m_mid = Folded(what[m_nMid]);
+        m_last = Folded(what[m_wlen - 1]);
+        m_bWide = m_bFold && m_wlen > 1;
         m_bUsable = true;
     }
     bool Usable() const { return m_bUsable; }
     int Length() const { return m_wlen; }
-    bool FoldFirst() const { return m_bFoldFirst; }
-    bool FoldLast() const { return m_bFoldLast; }
-    bool LastWide() const { return m_bLastWide; }
+    bool Fold() const { return m_bFold; }
+    bool Wide() const { return m_bWide; }
+    int Mid() const { return m_nMid; } // 0: no middle character is tested
     wchar_t FirstChar() const { return m_first; }
+    wchar_t MidChar() const { return m_mid; }
     wchar_t LastChar() const { return m_last; }
 
-    // One column at a time (short lines, and builds without SSE2).
-    bool MayHoldAt(const wchar_t* p, const wchar_t* q, int positions) const
+    // One column at a time (short lines, and builds without SSE2): p holds
+    // the first characters of the positions.
+    bool MayHoldAt(const wchar_t* p, int positions) const
     {
+        const wchar_t* q = p + m_wlen - 1;
         for (int i = 0; i < positions; ++i)
-            if (First(p[i]) && Last(q[i]))
+            if (Folded(p[i]) == m_first && Later(q[i], m_last) && (!m_nMid || Later(p[i + m_nMid], m_mid)))
                 return true;
         return false;
     }
 
 private:
-    static bool IsAsciiLetter(wchar_t c) { return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z'); }
-    static wchar_t Lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? (wchar_t)(c + (L'a' - L'A')) : c; }
-    bool First(wchar_t c) const { return (m_bFoldFirst ? Lower(c) : c) == m_first; }
-    bool Last(wchar_t c) const
-    {
-        return (m_bFoldLast ? Lower(c) : c) == m_last || (m_bLastWide && (unsigned)c >= 0x80);
-    }
+    wchar_t Folded(wchar_t c) const { return m_bFold && (unsigned)c < 0x80 ? (wchar_t)(c | 0x20) : c; }
+    bool Later(wchar_t c, wchar_t what) const { return Folded(c) == what || (m_bWide && (unsigned)c >= 0x80); }
 
     int m_wlen = 0;
+    int m_nMid = 0;
     bool m_bUsable = false;
-    bool m_bFoldFirst = false, m_bFoldLast = false, m_bLastWide = false;
-    wchar_t m_first = 0, m_last = 0;
+    bool m_bFold = false, m_bWide = false;
+    wchar_t m_first = 0, m_mid = 0, m_last = 0;
 };
 
 #ifdef __SSE2__
-// The filter in vector form, for one choice of how the first and the last
-// character are compared (a separate loop for each, so that no choice is
-// made per line). An ASCII letter is compared in lower case: the letter
-// with bit 0x20 set, which only its two cases give.
-template <bool FoldFirst, bool FoldLast, bool Wide>
+// The filter in vector form, for one choice of how characters are compared
+// (a separate loop for each, so that no choice is made per line).
+template <bool Fold, bool Wide, bool Mid>
 class VectorFilter
 {
 public:
     static const int kLanes = 16 / (int)sizeof(wchar_t);
     static const int kFast = 4 * kLanes; // positions of the four-block test
 
-    explicit VectorFilter(const LineFilter& f) : m_filter(f), m_wlen(f.Length())
+    explicit VectorFilter(const LineFilter& f) : m_filter(f), m_wlen(f.Length()), m_nMid(f.Mid())
     {
-        if constexpr (sizeof(wchar_t) == 2) {
-            m_first = _mm_set1_epi16((short)f.FirstChar());
-            m_last = _mm_set1_epi16((short)f.LastChar());
-            m_fold = _mm_set1_epi16(0x20);
-            m_wide = _mm_set1_epi16((short)0xFF80); // the bits above 0x7F
-        } else {
-            m_first = _mm_set1_epi32((int)f.FirstChar());
-            m_last = _mm_set1_epi32((int)f.LastChar());
-            m_fold = _mm_set1_epi32(0x20);
-            m_wide = _mm_set1_epi32((int)0xFFFFFF80u);
-        }
+        m_first = Splat(f.FirstChar());
+        m_mid = Splat(f.MidChar());
+        m_last = Splat(f.LastChar());
+        m_fold = Splat(0x20);
+        m_wide = Splat((wchar_t)~(wchar_t)0x7F); // the bits above 0x7F
     }
 
     bool MayHold(const CString& line) const
@@ -218,16 +211,16 @@ public:
         if (positions <= 0)
             return false;
         const wchar_t* p = line.GetString();
-        const wchar_t* q = p + m_wlen - 1; // the last character at each of them
 #if VELMOR_SEARCH_OVERREAD
         // Most lines: four blocks at once, read past the line's end within
         // the page that holds the end of the last (a page is readable as a
         // whole), the columns past the last one dropped. The blocks' lanes
         // are packed into one bit per column, and no decision is taken
         // between them, so no branch is mispredicted.
+        const wchar_t* q = p + m_wlen - 1; // the last character at each position
         const uintptr_t reach = (uintptr_t)(q + kFast) - 1;
         if ((reach & ~(uintptr_t)4095) == ((uintptr_t)q & ~(uintptr_t)4095)) {
-            uint32_t hits = Hits(p, q);
+            uint32_t hits = Hits(p);
             if (positions < kFast)
                 return (hits & ((1u << positions) - 1)) != 0;
             if (hits)
@@ -235,15 +228,22 @@ public:
             if (positions == kFast)
                 return false;
             // A longer line: the rest as below, the blocks done skipped.
-            return Rest(p + kFast, q + kFast, positions - kFast);
+            return Rest(p + kFast, positions - kFast);
         }
 #endif
         if (positions >= kLanes)
-            return Rest(p, q, positions);
-        return m_filter.MayHoldAt(p, q, positions);
+            return Rest(p, positions);
+        return m_filter.MayHoldAt(p, positions);
     }
 
 private:
+    static __m128i Splat(wchar_t c)
+    {
+        if constexpr (sizeof(wchar_t) == 2)
+            return _mm_set1_epi16((short)c);
+        else
+            return _mm_set1_epi32((int)c);
+    }
     static __m128i Equal(__m128i a, __m128i b)
     {
         if constexpr (sizeof(wchar_t) == 2)
@@ -251,29 +251,53 @@ private:
         else
             return _mm_cmpeq_epi32(a, b);
     }
+    static __m128i Load(const wchar_t* p) { return _mm_loadu_si128((const __m128i*)p); }
 
-    // Which of the positions a vector holds pass (lanes of ones), for the
-    // first characters at a and the last at b.
-    __m128i Block(const wchar_t* a, const wchar_t* b) const
+    // Lanes of ones where v's characters equal c, bit 0x20 aside ignoring
+    // case (c has it set).
+    __m128i Matches(__m128i v, __m128i c) const { return Equal(Fold ? _mm_or_si128(v, m_fold) : v, c); }
+    // The same for a later character of what, non-ASCII characters passing
+    // too when bWide.
+    __m128i Later(__m128i v, __m128i c, bool bWide) const
     {
-        __m128i va = _mm_loadu_si128((const __m128i*)a);
-        const __m128i vb = _mm_loadu_si128((const __m128i*)b);
-        if (FoldFirst)
-            va = _mm_or_si128(va, m_fold);
-        const __m128i first = Equal(va, m_first);
-        const __m128i last = Equal(FoldLast ? _mm_or_si128(vb, m_fold) : vb, m_last);
-        if (!Wide)
-            return _mm_and_si128(first, last);
-        // Passing unless ASCII and not what's last character.
-        const __m128i ascii = Equal(_mm_and_si128(vb, m_wide), _mm_setzero_si128());
-        return _mm_andnot_si128(_mm_andnot_si128(last, ascii), first);
+        const __m128i m = Matches(v, c);
+        if (!bWide)
+            return m;
+        return _mm_or_si128(m, _mm_andnot_si128(Equal(_mm_and_si128(v, m_wide), _mm_setzero_si128()),
+                                                _mm_set1_epi32(-1)));
     }
 
-    // The four blocks from p and q, a bit per position.
-    uint32_t Hits(const wchar_t* p, const wchar_t* q) const
+    // Which of the positions from a (a vector's worth) pass, as lanes of
+    // ones; any gets the later characters read, for the test of non-ASCII
+    // ones.
+    __m128i Block(const wchar_t* a, bool bWide, __m128i& any) const
     {
-        const __m128i r0 = Block(p, q), r1 = Block(p + kLanes, q + kLanes);
-        const __m128i r2 = Block(p + 2 * kLanes, q + 2 * kLanes), r3 = Block(p + 3 * kLanes, q + 3 * kLanes);
+        const __m128i vb = Load(a + m_wlen - 1);
+        __m128i pass = _mm_and_si128(Matches(Load(a), m_first), Later(vb, m_last, bWide));
+        any = _mm_or_si128(any, vb);
+        if (Mid) {
+            const __m128i vm = Load(a + m_nMid);
+            pass = _mm_and_si128(pass, Later(vm, m_mid, bWide));
+            any = _mm_or_si128(any, vm);
+        }
+        return pass;
+    }
+
+    // The four blocks from p, a bit per position. Non-ASCII characters are
+    // rare in scripts: the blocks are first tested as if there were none,
+    // and again with them when one of the characters read is.
+    uint32_t Hits(const wchar_t* p) const
+    {
+        __m128i any = _mm_setzero_si128();
+        uint32_t hits = Hits(p, false, any);
+        if (Wide && _mm_movemask_epi8(Equal(_mm_and_si128(any, m_wide), _mm_setzero_si128())) != 0xFFFF)
+            hits = Hits(p, true, any);
+        return hits;
+    }
+    uint32_t Hits(const wchar_t* p, bool bWide, __m128i& any) const
+    {
+        const __m128i r0 = Block(p, bWide, any), r1 = Block(p + kLanes, bWide, any);
+        const __m128i r2 = Block(p + 2 * kLanes, bWide, any), r3 = Block(p + 3 * kLanes, bWide, any);
         if constexpr (sizeof(wchar_t) == 2) {
             return (uint32_t)_mm_movemask_epi8(_mm_packs_epi16(r0, r1)) |
                    (uint32_t)_mm_movemask_epi8(_mm_packs_epi16(r2, r3)) << 16;
@@ -284,25 +308,24 @@ private:
 
     // Whether one of positions (at least a vector's worth) columns passes:
     // the blocks' results are gathered and looked at once.
-    bool Rest(const wchar_t* p, const wchar_t* q, int positions) const
+    bool Rest(const wchar_t* p, int positions) const
     {
         if (positions < kLanes) {
             // (Only after the four blocks: back up to a whole block.)
             p -= kLanes - positions;
-            q -= kLanes - positions;
             positions = kLanes;
         }
         const int lastBlock = positions - kLanes; // overlaps the one before
-        __m128i any = _mm_setzero_si128();
+        __m128i pass = _mm_setzero_si128(), any = _mm_setzero_si128();
         for (int i = 0; i < lastBlock; i += kLanes)
-            any = _mm_or_si128(any, Block(p + i, q + i));
-        any = _mm_or_si128(any, Block(p + lastBlock, q + lastBlock));
-        return _mm_movemask_epi8(any) != 0;
+            pass = _mm_or_si128(pass, Block(p + i, Wide, any));
+        pass = _mm_or_si128(pass, Block(p + lastBlock, Wide, any));
+        return _mm_movemask_epi8(pass) != 0;
     }
 
     const LineFilter& m_filter;
-    int m_wlen;
-    __m128i m_first, m_last, m_fold, m_wide;
+    int m_wlen, m_nMid;
+    __m128i m_first, m_mid, m_last, m_fold, m_wide;
 };
 #endif
 
@@ -336,11 +359,11 @@ int ScanLines(const CString* lines, int line, int nEnd, const wchar_t* what, int
 }
 
 #ifdef __SSE2__
-template <bool FoldFirst, bool FoldLast, bool Wide>
+template <bool Fold, bool Wide, bool Mid>
 int ScanFiltered(const CString* lines, int nFirst, int nEnd, const wchar_t* what, int nPos, unsigned short flags,
                  int& nCol, const LineFilter& filter)
 {
-    const VectorFilter<FoldFirst, FoldLast, Wide> vf(filter);
+    const VectorFilter<Fold, Wide, Mid> vf(filter);
     return ScanLines(lines, nFirst, nEnd, what, nPos, flags, nCol,
                      [&vf](const CString& line) { return vf.MayHold(line); });
 }
@@ -358,21 +381,19 @@ int AFXAPI SearchLinesForward(const CString* lines, int nFirst, int nEnd, const 
     if (!filter.Usable())
         return ScanLines(lines, nFirst, nEnd, what, nPos, flags, nCol, [](const CString&) { return true; });
 #ifdef __SSE2__
-    switch ((filter.FoldFirst() ? 4 : 0) | (filter.FoldLast() ? 2 : 0) | (filter.LastWide() ? 1 : 0)) {
-    case 0: return ScanFiltered<false, false, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    case 1: return ScanFiltered<false, false, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    case 2: return ScanFiltered<false, true, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    case 3: return ScanFiltered<false, true, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    case 4: return ScanFiltered<true, false, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    case 5: return ScanFiltered<true, false, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    case 6: return ScanFiltered<true, true, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    default: return ScanFiltered<true, true, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
-    }
+    // (Ignoring case, what of two characters or more tests non-ASCII ones.)
+    const bool bMid = filter.Mid() != 0;
+    if (!filter.Fold())
+        return bMid ? ScanFiltered<false, false, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter)
+                    : ScanFiltered<false, false, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    if (!filter.Wide())
+        return ScanFiltered<true, false, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
+    return bMid ? ScanFiltered<true, true, true>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter)
+                : ScanFiltered<true, true, false>(lines, nFirst, nEnd, what, nPos, flags, nCol, filter);
 #else
     return ScanLines(lines, nFirst, nEnd, what, nPos, flags, nCol, [&filter](const CString& line) {
         const int positions = line.GetLength() - filter.Length() + 1;
-        const wchar_t* p = line.GetString();
-        return positions > 0 && filter.MayHoldAt(p, p + filter.Length() - 1, positions);
+        return positions > 0 && filter.MayHoldAt(line.GetString(), positions);
     });
 #endif
 }
