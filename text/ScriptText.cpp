@@ -67,6 +67,32 @@ const std::vector<unsigned long>& CScriptText::_GetLineColors(int nLine) const
     return m_LineColors[(size_t)nLine];
 }
 
+namespace {
+
+// Calls count(length, lines) once for each length among the nCount lines:
+// the lines of a block mostly share a few hundred short lengths, which are
+// tallied first so that the length counts are updated once per length.
+template <class Count> void TallyLengths(const CString* lines, int nCount, Count count)
+{
+    const int kShort = 1024;
+    std::vector<int> tally;
+    for (int i = 0; i < nCount; ++i) {
+        const int nLength = lines[i].GetLength();
+        if (nLength >= kShort) {
+            count(nLength, 1);
+            continue;
+        }
+        if ((size_t)nLength >= tally.size())
+            tally.resize((size_t)nLength + 64 < (size_t)kShort ? (size_t)nLength + 64 : (size_t)kShort);
+        ++tally[(size_t)nLength];
+    }
+    for (size_t nLength = 0; nLength < tally.size(); ++nLength)
+        if (tally[nLength])
+            count((int)nLength, tally[nLength]);
+}
+
+} // namespace
+
 void CScriptText::CountLength(int nLength, int nDelta)
 {
     // (try_emplace makes no node for a length already counted.)
@@ -79,10 +105,7 @@ void CScriptText::CountLength(int nLength, int nDelta)
 void CScriptText::RecountLengths()
 {
     m_LengthCount.clear();
-    const int n = m_arrLines.GetSize();
-    const CString* lines = m_arrLines.GetData();
-    for (int i = 0; i < n; ++i)
-        CountLength(lines[i].GetLength(), 1);
+    TallyLengths(m_arrLines.GetData(), m_arrLines.GetSize(), [this](int nLength, int n) { CountLength(nLength, n); });
 }
 
 void CScriptText::Reserve(int nLines)
@@ -232,12 +255,13 @@ void CScriptText::_InsertLines(std::vector<CString>& lines, int nLine, int bColo
     m_LineColors.reserve(m_LineColors.size() + (size_t)nCount);
     std::vector<std::vector<unsigned long>> colors((size_t)nCount);
     CColourBatch batch;
-    for (int k = 0; k < nCount; ++k) {
-        const size_t i = (size_t)(bFromEnd ? nCount - 1 - k : k);
-        CountLength(lines[i].GetLength(), 1);
-        if (bColor)
+    if (bColor) {
+        for (int k = 0; k < nCount; ++k) {
+            const size_t i = (size_t)(bFromEnd ? nCount - 1 - k : k);
             m_pColorizer->SetLineColors(lines[i], colors[i]);
+        }
     }
+    TallyLengths(lines.data(), nCount, [this](int nLength, int n) { CountLength(nLength, n); });
     m_arrLines.InsertBlockMove(nLine, lines.data(), nCount);
     m_LineColors.insert(m_LineColors.begin() + nLine, std::make_move_iterator(colors.begin()),
                         std::make_move_iterator(colors.end()));
@@ -263,8 +287,7 @@ void CScriptText::_InsertLinesAlternate(std::vector<CString>& lines, int nLine, 
     m_arrLines.Reserve(n + nCount);
     m_LineColors.reserve((size_t)(n + nCount));
     m_pProgress->Reserve(n + nCount);
-    for (const CString& line : lines)
-        CountLength(line.GetLength(), 1);
+    TallyLengths(lines.data(), nCount, [this](int nLength, int n) { CountLength(nLength, n); });
     // Coloured in the order they go in: the last of the vector first.
     std::vector<std::vector<unsigned long>> colors((size_t)nCount);
     if (bColor) {
@@ -306,9 +329,7 @@ void CScriptText::_RemoveLines(int nLine, int nCount)
     // As one line at a time would: the recolouring passes every line that
     // goes before it goes.
     m_pProgress->Settle(*this, nLine + nCount);
-    const CString* p = m_arrLines.GetData() + nLine;
-    for (int i = 0; i < nCount; ++i)
-        CountLength(p[i].GetLength(), -1);
+    TallyLengths(m_arrLines.GetData() + nLine, nCount, [this](int nLength, int n) { CountLength(nLength, -n); });
     m_arrLines.RemoveAt(nLine, nCount);
     m_LineColors.erase(m_LineColors.begin() + nLine, m_LineColors.begin() + nLine + nCount);
     m_pProgress->RemovedBlock(nLine, nCount, m_arrLines.GetSize());
