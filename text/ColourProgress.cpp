@@ -136,6 +136,27 @@ void CColourProgress::InsertedAlternate(int nLine, int nCount, int nLines)
         seg[2 * i] = 0;
 }
 
+bool CColourProgress::CanOweInserted(const CColorizer& c) const
+{
+    return (typeid(c) == typeid(CSampleColorizer) || typeid(c) == typeid(CColorizer)) && SnapshotCurrent(c);
+}
+
+void CColourProgress::OweInserted(CScriptText& text, int nFirst, int nCount, int nStride, bool bLastFirst)
+{
+    CColorizer& c = *text.m_pColorizer;
+    const bool bSample = typeid(c) == typeid(CSampleColorizer);
+    bool bState = c.m_bInComment;
+    for (int k = 0; k < nCount; ++k) {
+        const int i = nFirst + nStride * (bLastFirst ? nCount - 1 - k : k);
+        // Not chained: a recolouring that reaches the line colours it anew.
+        m_Lines[(size_t)i] = uint8_t(kOwed | (bState ? kEntry : 0));
+        // (The base colorizer has no comments: the state stays.)
+        if (bSample)
+            bState = SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState);
+    }
+    c.m_bInComment = bState;
+}
+
 void CColourProgress::RemovedBlock(int nLine, int nCount, int nLines)
 {
     if (nCount <= 0)

@@ -95,6 +95,16 @@ public:
     // nLine + nCount - 1 and each next one at the line above the one before:
     // they end at nLine, nLine + 2, ... (nLines: the count afterwards).
     void InsertedAlternate(int nLine, int nCount, int nLines);
+    // Whether lines inserted with colouring may be left owed their colours
+    // (OweInserted): the colorizer is one of the library's, with the words
+    // the owed colours are made with.
+    bool CanOweInserted(const CColorizer& c) const;
+    // Inserted lines nFirst, nFirst + nStride, ... (nCount of them, marked
+    // by InsertedBlock or InsertedAlternate) get the colours that colouring
+    // them one after the other from the colorizer's flag would give, last
+    // first when bLastFirst: each is left owed with the state it would have
+    // been entered with, and the flag ends where that colouring leaves it.
+    void OweInserted(CScriptText& text, int nFirst, int nCount, int nStride, bool bLastFirst);
     // Every line holds colours not made by a recolouring (a copied or an
     // emptied text).
     void Forget(int nLines);
@@ -105,7 +115,9 @@ public:
     void FullUpdate(CScriptText& text);
 
 private:
-    // kOwed: chained, but the colours are made when the line is read.
+    // kOwed: the colours are made when the line is read, from kEntry. A
+    // chained line is owed the recolouring's colours; an unchained one was
+    // inserted with colouring and is owed the colours that gave it.
     enum : uint8_t { kChained = 1, kEntry = 2, kExit = 4, kOwed = 8 };
     static bool Entry(uint8_t m) { return (m & kEntry) != 0; }
     static bool Exit(uint8_t m) { return (m & kExit) != 0; }

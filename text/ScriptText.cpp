@@ -253,9 +253,12 @@ void CScriptText::_InsertLines(std::vector<CString>& lines, int nLine, int bColo
     // Room first, so that nothing below fails half-way through.
     m_arrLines.Reserve(m_arrLines.GetSize() + nCount);
     m_LineColors.reserve(m_LineColors.size() + (size_t)nCount);
+    // With one of the library's colorizers the colours are made when the
+    // lines are read (most never are before the next recolouring).
+    const bool bOwe = bColor && m_pProgress->CanOweInserted(*m_pColorizer);
     std::vector<std::vector<unsigned long>> colors((size_t)nCount);
-    CColourBatch batch;
-    if (bColor) {
+    if (bColor && !bOwe) {
+        CColourBatch batch;
         for (int k = 0; k < nCount; ++k) {
             const size_t i = (size_t)(bFromEnd ? nCount - 1 - k : k);
             m_pColorizer->SetLineColors(lines[i], colors[i]);
@@ -266,6 +269,8 @@ void CScriptText::_InsertLines(std::vector<CString>& lines, int nLine, int bColo
     m_LineColors.insert(m_LineColors.begin() + nLine, std::make_move_iterator(colors.begin()),
                         std::make_move_iterator(colors.end()));
     m_pProgress->InsertedBlock(nLine, nCount, m_arrLines.GetSize());
+    if (bOwe)
+        m_pProgress->OweInserted(*this, nLine, nCount, 1, bFromEnd);
     FindMaxLineLen();
 }
 
@@ -288,9 +293,11 @@ void CScriptText::_InsertLinesAlternate(std::vector<CString>& lines, int nLine, 
     m_LineColors.reserve((size_t)(n + nCount));
     m_pProgress->Reserve(n + nCount);
     TallyLengths(lines.data(), nCount, [this](int nLength, int n) { CountLength(nLength, n); });
-    // Coloured in the order they go in: the last of the vector first.
+    // Coloured in the order they go in: the last of the vector first (or
+    // left owed the colours that gives, as above).
+    const bool bOwe = bColor && m_pProgress->CanOweInserted(*m_pColorizer);
     std::vector<std::vector<unsigned long>> colors((size_t)nCount);
-    if (bColor) {
+    if (bColor && !bOwe) {
         CColourBatch batch;
         for (int i = nCount - 1; i >= 0; --i)
             m_pColorizer->SetLineColors(lines[(size_t)i], colors[(size_t)i]);
@@ -317,6 +324,8 @@ void CScriptText::_InsertLinesAlternate(std::vector<CString>& lines, int nLine, 
     m_LineColors.insert(m_LineColors.begin() + nLine, std::make_move_iterator(colours.begin()),
                         std::make_move_iterator(colours.end()));
     m_pProgress->InsertedAlternate(nLine, nCount, m_arrLines.GetSize());
+    if (bOwe)
+        m_pProgress->OweInserted(*this, nLine, nCount, 2, true);
     FindMaxLineLen();
 }
 

@@ -121,3 +121,43 @@ TEST(BlockEdit, UndoOfRemovingEveryLine)
             same("redo ");
         }
 }
+
+// Lines inserted in a block with their colours get the colours of the words
+// the colorizer has then, also when the words changed since the last full
+// recolouring and change again before the lines are read.
+TEST(BlockEdit, InsertedColoursFollowTheWordsOfTheirInsert)
+{
+    CSampleColorizer ca, cb;
+    CScriptText a, b;
+    a.SetColorizer(&ca);
+    b.SetColorizer(&cb);
+    const CString text[] = { L"x = y;", L"/* x", L"x */ y", L"", L"y x" };
+    for (int i = 0; i < 5; ++i) {
+        a._InsertLine(text[i], i, 1);
+        b._InsertLine(text[i], i, 1);
+    }
+    a.FullUpdate();
+    b.FullUpdate();
+    wchar_t x[] = L"x", y[] = L"y";
+    for (int round = 0; round < 2; ++round) {
+        // round 0: a word added before the insert; round 1: after it.
+        if (round == 0) {
+            ca.InsertKey(x);
+            cb.InsertKey(x);
+        }
+        std::vector<CString> block(text, text + 5);
+        a._InsertLines(block, 2, 1);
+        for (int i = 0; i < 5; ++i)
+            b._InsertLine(text[i], 2 + i, 1);
+        if (round == 1) {
+            ca.InsertKey(y);
+            cb.InsertKey(y);
+        }
+        ASSERT_EQ(a._GetSize(), b._GetSize());
+        for (int i = 0; i < a._GetSize(); ++i)
+            EXPECT_EQ(a._GetLineColors(i), b._GetLineColors(i)) << "round " << round << ", line " << i;
+        EXPECT_EQ(ca.m_bInComment, cb.m_bInComment);
+    }
+    // The keyword colour is there at all.
+    EXPECT_EQ(COLOR_KEYWORD, b._GetLineColors(2)[0]);
+}

@@ -185,7 +185,7 @@ private:
     bool Step(Bytes& b, std::string& why)
     {
         const int n = (int)m_a._GetSize();
-        const unsigned op = b.Below(9);
+        const unsigned op = b.Below(10);
         CPoint caret((int)b.Below(9), (int)b.Below((unsigned)n + 1)), anchor((int)b.Below(9), (int)b.Below((unsigned)n));
         if (op <= 1) {
             // A selection's lines going: each recorded at one line, the
@@ -214,6 +214,10 @@ private:
             for (size_t i = 0; i < lines.size(); ++i)
                 m_b._InsertLine(lines[i], at + (int)i, bColor);
             Push(f);
+            // Words that change before the lines are read do not change
+            // the colours the insert gave them.
+            if (b.Below(4) == 0)
+                ChangeWords(b);
         } else if (op == 4) {
             // Lines changed one by one, downwards (a block indent, or a
             // block commented out: then the block side defers the
@@ -256,6 +260,9 @@ private:
             m_a._RemoveAll();
             m_b._RemoveAll();
             Push(f);
+        } else if (op == 9) {
+            // The words change, and no recolouring follows (yet).
+            ChangeWords(b);
         } else {
             // Undo or redo of the last step.
             auto& from = op == 6 ? m_undo : m_redo;
@@ -276,8 +283,21 @@ private:
                 return false;
             }
             to.push_back(ra);
+            if (b.Below(4) == 0)
+                ChangeWords(b);
         }
         return true;
+    }
+
+    // A keyword added to both colorizers, or taken away.
+    void ChangeWords(Bytes& b)
+    {
+        static const wchar_t* const kWords[] = {L"a", L"x", L"if", L"aa"};
+        CString word = kWords[b.Below(4)];
+        for (CSampleColorizer* c : {&m_ca, &m_cb}) {
+            if (!c->m_setKeys.erase(word))
+                c->InsertKey(word.GetBuffer());
+        }
     }
 
     void Push(const CUndoFrame& f)
