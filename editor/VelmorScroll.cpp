@@ -141,6 +141,10 @@ void CVelmor::OnTimer(UINT_PTR nIDEvent)
 // scroll bar costs more than repainting a line of text).
 void CVelmor::SetBarPos(int nBar, int nPos)
 {
+    // Inside an edit whose bars are already due there is nothing to note
+    // (and no need to ask the window for its style at every line of a block).
+    if (m_bInAction && m_bScrollPending)
+        return;
     if (!m_hWnd || !(GetStyle() & (nBar == SB_VERT ? WS_VSCROLL : WS_HSCROLL)))
         return;
     if (m_bInAction) {
