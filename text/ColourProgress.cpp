@@ -57,6 +57,17 @@ bool CColourProgress::SnapshotCurrent(const CColorizer& c) const
            m_snapFuncs == c.m_setFuncs;
 }
 
+bool CColourProgress::SnapshotCurrentInBatch(const CColorizer& c)
+{
+    const CWordsIdentity id = WordsIdentityOf(c);
+    if (id.stamp != 0 && id == m_snapSeen)
+        return true;
+    if (!SnapshotCurrent(c))
+        return false;
+    m_snapSeen = id;
+    return true;
+}
+
 void CColourProgress::Dirty(int nFrom, int nTo, int nLines)
 {
     nTo = std::min(nTo, nLines - 1);
@@ -136,9 +147,9 @@ void CColourProgress::InsertedAlternate(int nLine, int nCount, int nLines)
         seg[2 * i] = 0;
 }
 
-bool CColourProgress::CanOweInserted(const CColorizer& c) const
+bool CColourProgress::CanOweInserted(const CColorizer& c)
 {
-    return (typeid(c) == typeid(CSampleColorizer) || typeid(c) == typeid(CColorizer)) && SnapshotCurrent(c);
+    return (typeid(c) == typeid(CSampleColorizer) || typeid(c) == typeid(CColorizer)) && SnapshotCurrentInBatch(c);
 }
 
 void CColourProgress::OweInserted(CScriptText& text, int nFirst, int nCount, int nStride, bool bLastFirst)
@@ -155,6 +166,29 @@ void CColourProgress::OweInserted(CScriptText& text, int nFirst, int nCount, int
             bState = SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState);
     }
     c.m_bInComment = bState;
+}
+
+bool CColourProgress::CanOweSet(const CColorizer& c)
+{
+    return typeid(c) == typeid(CSampleColorizer) && SnapshotCurrentInBatch(c);
+}
+
+void CColourProgress::OweSet(int nLine, bool bFill, bool bShut)
+{
+    m_Lines[(size_t)nLine] = uint8_t(kOwed | (bFill ? kFill : 0) | (bShut ? kShut : 0));
+}
+
+bool CColourProgress::OwedOpenEnd(int nLine, bool& bOpen) const
+{
+    // A line the outstanding recolouring has not passed shows other colours.
+    if (m_bPending && nLine >= m_nPending)
+        return false;
+    const uint8_t m = m_Lines[(size_t)nLine];
+    if ((m & (kOwed | kChained)) != kOwed || !(m & (kFill | kShut)))
+        return false;
+    // A fill is owed only to a line with text.
+    bOpen = (m & kFill) != 0;
+    return true;
 }
 
 void CColourProgress::RemovedBlock(int nLine, int nCount, int nLines)
@@ -203,7 +237,7 @@ void CColourProgress::FullUpdate(CScriptText& text)
         }
         return;
     }
-    if (!SnapshotCurrent(c)) {
+    if (!SnapshotCurrentInBatch(c)) {
         // Other words or another colorizer: no line's colours can be kept.
         m_snapKeys = c.m_setKeys;
         m_snapOps = c.m_setOps;
@@ -211,6 +245,7 @@ void CColourProgress::FullUpdate(CScriptText& text)
         CColourBatch::Forget();
         m_bSnapNoCase = c.m_bNoCase;
         m_pSnapFor = &c;
+        m_snapSeen = CWordsIdentity();
         m_pSnapType = &typeid(c);
         Forget(n);
     }
@@ -333,13 +368,18 @@ void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
 
 void CColourProgress::Compute(CScriptText& text, int nLine)
 {
+    if (m_Lines[(size_t)nLine] & kFill) {
+        text.m_LineColors[(size_t)nLine].assign((size_t)text.m_arrLines.GetAt(nLine).GetLength(), COLOR_OPEN_COMMENT);
+        m_Lines[(size_t)nLine] = 0;
+        return;
+    }
     CColorizer& c = *text.m_pColorizer;
     LentSets lent(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
     std::vector<unsigned long>& colors = text.m_LineColors[(size_t)nLine];
     colors.clear();
     c.m_bInComment = Entry(m_Lines[(size_t)nLine]);
     c.SetLineColors(text.m_arrLines.GetAt(nLine), colors);
-    m_Lines[(size_t)nLine] &= uint8_t(~kOwed);
+    m_Lines[(size_t)nLine] &= uint8_t(~(kOwed | kShut));
 }
 
 void CColourProgress::SettleAll(CScriptText& text)

@@ -36,6 +36,7 @@
 // depends on goes away.
 #pragma once
 #include "../framework/afxstr.h"
+#include "WordTable.h"
 #include <cstdint>
 #include <set>
 #include <typeinfo>
@@ -78,7 +79,11 @@ public:
     void SettleFlag(CScriptText& text);
     // Another colorizer takes over: the next recolouring keeps no line's
     // colours, even when the new one lives where the old one did.
-    void ForgetColorizer() { m_pSnapFor = nullptr; }
+    void ForgetColorizer()
+    {
+        m_pSnapFor = nullptr;
+        m_snapSeen = CWordsIdentity();
+    }
     // The store cleared the colorizer's flag: no state is owed any more.
     void FlagCleared() { m_bFlagOwed = false; }
 
@@ -98,13 +103,25 @@ public:
     // Whether lines inserted with colouring may be left owed their colours
     // (OweInserted): the colorizer is one of the library's, with the words
     // the owed colours are made with.
-    bool CanOweInserted(const CColorizer& c) const;
+    bool CanOweInserted(const CColorizer& c);
     // Inserted lines nFirst, nFirst + nStride, ... (nCount of them, marked
     // by InsertedBlock or InsertedAlternate) get the colours that colouring
     // them one after the other from the colorizer's flag would give, last
     // first when bLastFirst: each is left owed with the state it would have
     // been entered with, and the flag ends where that colouring leaves it.
     void OweInserted(CScriptText& text, int nFirst, int nCount, int nStride, bool bLastFirst);
+    // Whether a line the store sets may be left owed the colours it gives
+    // it (OweSet): the colorizer is the sample one (which colours a line
+    // afresh), with the words the owed colours are made with.
+    bool CanOweSet(const CColorizer& c);
+    // Line nLine, just set and marked Changed, is owed either the colours
+    // the colorizer gives it from outside a comment, or (bFill) a fill of
+    // the open-comment colour. bShut: those colours are known not to end
+    // inside an open comment.
+    void OweSet(int nLine, bool bFill, bool bShut);
+    // Whether line nLine's colours end inside an open block comment, when
+    // its owed colours tell without colouring it (false: not known).
+    bool OwedOpenEnd(int nLine, bool& bOpen) const;
     // Every line holds colours not made by a recolouring (a copied or an
     // emptied text).
     void Forget(int nLines);
@@ -118,7 +135,10 @@ private:
     // kOwed: the colours are made when the line is read, from kEntry. A
     // chained line is owed the recolouring's colours; an unchained one was
     // inserted with colouring and is owed the colours that gave it.
-    enum : uint8_t { kChained = 1, kEntry = 2, kExit = 4, kOwed = 8 };
+    // kFill (with kOwed, unchained): owed a fill of the open-comment colour;
+    // kShut (with kOwed, unchained): the colours owed do not end inside an
+    // open comment.
+    enum : uint8_t { kChained = 1, kEntry = 2, kExit = 4, kOwed = 8, kFill = 16, kShut = 32 };
     static bool Entry(uint8_t m) { return (m & kEntry) != 0; }
     static bool Exit(uint8_t m) { return (m & kExit) != 0; }
     // The line is chained and was coloured from this entry state.
@@ -134,6 +154,9 @@ private:
     // nLine (marks at or below it move down).
     void MoveMarksDown(int nLine, int nCount);
     bool SnapshotCurrent(const CColorizer& c) const;
+    // The same, remembered for the rest of a colouring batch, in which the
+    // words cannot change unseen: a block of lines asks once per line.
+    bool SnapshotCurrentInBatch(const CColorizer& c);
     // The flag a host's line-local colorizer leaves after line nLine.
     bool ExitAfter(CScriptText& text, int nLine, bool bState);
 
@@ -153,6 +176,8 @@ private:
     // outstanding recolouring colours with these sets, as it would have
     // coloured when it was asked for.
     const CColorizer* m_pSnapFor = nullptr;
+    // The words last found to be the snapshot's in the open batch.
+    CWordsIdentity m_snapSeen;
     const std::type_info* m_pSnapType = nullptr;
     std::set<CString> m_snapKeys, m_snapOps, m_snapFuncs;
     bool m_bSnapNoCase = false;

@@ -199,6 +199,9 @@ template <class Put> int CScriptText::StoreLine(int nLine, Put put)
     m_pProgress->Changed(nLine, m_arrLines.GetSize());
     m_pColorizer->m_bInComment = false;
     m_pProgress->FlagCleared();
+    // The sample colorizer's colours of the line are made when it is read
+    // (a block of lines set is mostly never read before it is recoloured).
+    const bool bOwe = m_pProgress->CanOweSet(*m_pColorizer);
     if (nLine > 0 && !text.IsEmpty()) {
         if (HasCommentDelimiter(text)) {
             if (m_bDeferFullUpdate && typeid(*m_pColorizer) == typeid(CSampleColorizer))
@@ -209,14 +212,33 @@ template <class Put> int CScriptText::StoreLine(int nLine, Put put)
         }
         // The line above ends inside an open block comment: this whole line
         // is comment text (a line that could close it took the branch above).
-        const std::vector<unsigned long>& above = Colors(nLine - 1);
-        if (!above.empty() && above.back() == COLOR_OPEN_COMMENT) {
-            std::vector<unsigned long>& colors = Colors(nLine);
-            colors.resize((size_t)text.GetLength());
-            colors.assign(colors.size(), COLOR_OPEN_COMMENT);
+        bool bAboveOpen = false;
+        if (!m_pProgress->OwedOpenEnd(nLine - 1, bAboveOpen)) {
+            const std::vector<unsigned long>& above = Colors(nLine - 1);
+            bAboveOpen = !above.empty() && above.back() == COLOR_OPEN_COMMENT;
+        }
+        if (bAboveOpen) {
+            if (bOwe) {
+                m_pProgress->OweSet(nLine, true, false);
+            } else {
+                std::vector<unsigned long>& colors = Colors(nLine);
+                colors.resize((size_t)text.GetLength());
+                colors.assign(colors.size(), COLOR_OPEN_COMMENT);
+            }
             FindMaxLineLen();
             return 0;
         }
+    }
+    if (bOwe) {
+        // Coloured from outside a comment: a line with text but no
+        // delimiter, or an empty one, ends outside any comment, and so does
+        // the colorizer's flag.
+        const bool bShut = nLine > 0 || text.IsEmpty();
+        m_pProgress->OweSet(nLine, false, bShut);
+        if (!bShut)
+            m_pColorizer->m_bInComment = SampleCommentFlagAfter(text, false);
+        FindMaxLineLen();
+        return 0;
     }
     // The vector is not emptied first: words that match no set keep their
     // previous colours, as the base colouring promises.

@@ -1,5 +1,6 @@
 #include "WordTable.h"
 #include "Colorizer.h"
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -31,12 +32,15 @@ struct BatchState
 {
     int depth = 0;
     int next = 0;
+    uint64_t stamp = 0;
     bool used[kTables] = {};
     SetKey keys[kTables][3];
     CWordTable tables[kTables];
 };
 
 thread_local BatchState* t_batch = nullptr;
+// Counts the batches opened on this thread and the sets changed in them.
+thread_local uint64_t t_stamp = 0;
 
 } // namespace
 
@@ -47,6 +51,7 @@ CColourBatch::CColourBatch()
         t_batch = new (std::nothrow) BatchState;
         if (!t_batch)
             return;
+        t_batch->stamp = ++t_stamp;
     }
     ++t_batch->depth;
 }
@@ -62,9 +67,35 @@ CColourBatch::~CColourBatch()
 
 void CColourBatch::Forget() noexcept
 {
-    if (BatchState* b = t_batch)
+    if (BatchState* b = t_batch) {
         for (bool& u : b->used)
             u = false;
+        b->stamp = ++t_stamp;
+    }
+}
+
+bool CWordsIdentity::operator==(const CWordsIdentity& o) const
+{
+    return stamp == o.stamp && colorizer == o.colorizer && bNoCase == o.bNoCase &&
+           std::equal(sizes, sizes + 3, o.sizes) && std::equal(ends, ends + 6, o.ends);
+}
+
+CWordsIdentity WordsIdentityOf(const CColorizer& c)
+{
+    CWordsIdentity id;
+    if (!t_batch)
+        return id;
+    id.stamp = t_batch->stamp;
+    id.colorizer = &c;
+    id.bNoCase = c.m_bNoCase;
+    const std::set<CString>* sets[3] = { &c.m_setKeys, &c.m_setOps, &c.m_setFuncs };
+    for (int k = 0; k < 3; ++k) {
+        const SetKey key = KeyOf(*sets[k]);
+        id.sizes[k] = key.size;
+        id.ends[2 * k] = key.first;
+        id.ends[2 * k + 1] = key.last;
+    }
+    return id;
 }
 
 const CWordTable* ColourBatchTable(const CColorizer& c)

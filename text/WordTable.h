@@ -64,3 +64,19 @@ private:
 // The table of the batch open on this thread for the colorizer's current
 // sets, made now if need be; null outside a batch.
 const CWordTable* ColourBatchTable(const CColorizer& c);
+
+// A colorizer's words as far as the open batch can tell them apart: the
+// batch (a stamp that changes when a batch opens and whenever the library
+// changes a set within it; 0 outside a batch), the colorizer, the contents
+// of its three sets and m_bNoCase. Two equal identities with a stamp other
+// than 0 mean the same words, without comparing them.
+struct CWordsIdentity
+{
+    uint64_t stamp = 0;
+    const CColorizer* colorizer = nullptr;
+    size_t sizes[3] = {};
+    const CString* ends[6] = {};
+    bool bNoCase = false;
+    bool operator==(const CWordsIdentity& o) const;
+};
+CWordsIdentity WordsIdentityOf(const CColorizer& c);

@@ -3,6 +3,7 @@
 // BlockEditModel.h): random removals of up to every line, pastes of up to
 // thousands of lines, line changes, recolourings, undo and redo.
 #include "tests/support/BlockEditModel.h"
+#include "text/WordTable.h"
 #include <gtest/gtest.h>
 #include <random>
 
@@ -139,9 +140,16 @@ TEST(BlockEdit, InsertedColoursFollowTheWordsOfTheirInsert)
     a.FullUpdate();
     b.FullUpdate();
     wchar_t x[] = L"x", y[] = L"y";
+    // Inside one colouring batch (as a block operation runs): the words
+    // are seen to be the recolouring's once, then change.
+    CColourBatch batch;
     for (int round = 0; round < 2; ++round) {
         // round 0: a word added before the insert; round 1: after it.
         if (round == 0) {
+            std::vector<CString> block(text, text + 2);
+            a._InsertLines(block, 0, 1);
+            for (int i = 0; i < 2; ++i)
+                b._InsertLine(text[i], i, 1);
             ca.InsertKey(x);
             cb.InsertKey(x);
         }
