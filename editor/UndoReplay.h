@@ -17,6 +17,8 @@
 //   CString Exchange(CString&& text, int n);  // line n (present) becomes
 //                                    // text; gives back its old text
 //   void RemoveBlock(int n, int count);               // lines n .. n+count-1, all present
+//   void RemoveAlternate(int n, int count);           // as if removed one by one at n, n + 1,
+//                                    // ...: lines n, n + 2, ..., all present, go
 //   void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd);
 //                                    // n <= LineCount(); bFromEnd: as if
 //                                    // inserted at n one by one, last first
@@ -38,7 +40,8 @@ namespace velmor_undo {
 // step lines per entry (step 2: not settled yet). Removals to undo come
 // back at one line, at ascending lines, or at descending lines (the
 // removals of every line, undone last first); inserts to undo go at one
-// line or at descending lines: only those make a block.
+// line, at descending lines, or at ascending lines (redoing that undo):
+// only those make a block.
 inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, int kind, int line, int& step)
 {
     if (kind != first.kind || (first.kind != LineRemoved && first.kind != LineInserted))
@@ -46,7 +49,7 @@ inline bool ContinuesRun(const UndoEntry& first, const UndoEntry& last, int kind
     const int d = line - last.line;
     const int forward = first.kind == LineRemoved ? 1 : -1;
     if (step == 2) {
-        if (d != 0 && d != forward && !(first.kind == LineRemoved && d == -1))
+        if (d != 0 && d != forward && d != -forward)
             return false;
         step = d;
         return true;
@@ -109,6 +112,33 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
         const int n0 = target.LineCount();
         const int first = run.front().line;
         const bool insert = run.front().kind == LineRemoved;
+        if (!insert && step == 1) {
+            // Removals at ascending lines: each takes the line after the
+            // one the removal before it left. The first ones, while their
+            // lines are there, go as one block; the rest (past the end,
+            // where they remove nothing) one at a time.
+            const int fit = first >= 0 && first < n0 ? std::min(m, (n0 - first + 1) / 2) : 0;
+            int j = 0;
+            if (fit >= 2) {
+                for (; j < fit; ++j)
+                    target.Visit(run[(size_t)j].line, n0 - j);
+                for (j = 0; j < fit; ++j) {
+                    UndoEntry r;
+                    r.line = run[(size_t)j].line;
+                    r.kind = LineRemoved;
+                    r.text = target.Line(first + 2 * j);
+                    r.cursor = j == 0 ? target.Cursor() : run[(size_t)j - 1].cursor;
+                    r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
+                    reverse.AddEntry(std::move(r));
+                }
+                target.RemoveAlternate(first, fit);
+                target.SetCursor(run[(size_t)fit - 1].cursor);
+                target.SetAnchor(run[(size_t)fit - 1].anchor);
+            }
+            for (; j < m; ++j)
+                single(run[(size_t)j]);
+            continue;
+        }
         // A block only where one entry at a time would find every line in
         // place (no clamped insert, no removal past the end).
         // Removed lines put back at descending lines: while a line's index

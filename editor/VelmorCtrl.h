@@ -113,6 +113,9 @@ public:
     // last of the vector first at nLine + count - 1, each one before it at
     // the line above the one before; lines[i] ends at nLine + 2i.
     void _InsertLineAlternate(std::vector<CString>& lines, int nLine, bool bUpdate);
+    // Lines removed as redoing that puts them back removes them: one at a
+    // time at nLine, nLine + 1, ..., so that lines nLine, nLine + 2, ... go.
+    void _RemoveLineAlternate(int nLine, int nCount);
     void RemoveAllText();
     // The spaces a Tab at this column inserts (1 to tab size).
     CString MakeTab(int nColumn);

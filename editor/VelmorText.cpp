@@ -288,6 +288,20 @@ void CVelmor::_RemoveLineBlock(int nLine, int nCount, bool bUpdate)
         UpdateScrollSizes();
 }
 
+void CVelmor::_RemoveLineAlternate(int nLine, int nCount)
+{
+    if (nCount <= 0)
+        return;
+    bool bDelimiter = false;
+    for (int j = 0; j < nCount && !bDelimiter && nLine + 2 * j < (int)m_Text._GetSize(); ++j)
+        bDelimiter = HasCommentDelimiter(m_Text.LineRef(nLine + 2 * j));
+    m_Text._RemoveLinesAlternate(nLine, nCount);
+    for (int j = 0; j < nCount; ++j)
+        NoteChange(nLine + j, 1, 0); // in the order they went
+    if (bDelimiter)
+        RecolourAll();
+}
+
 void CVelmor::RemoveAllText()
 {
     const int n = (int)m_Text._GetSize();

@@ -74,6 +74,7 @@ struct ControlTarget
         return std::move(text);
     }
     void RemoveBlock(int n, int count) { c._RemoveLineBlock(n, count, false); }
+    void RemoveAlternate(int n, int count) { c._RemoveLineAlternate(n, count); }
     void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd) { c._InsertLineBlock(lines, n, true, bFromEnd); }
     void InsertAlternate(std::vector<CString>& lines, int n) { c._InsertLineAlternate(lines, n, true); }
     CPoint Cursor() { return c.GetCursorPos(); }

@@ -191,6 +191,33 @@ bool CColourProgress::OwedOpenEnd(int nLine, bool& bOpen) const
     return true;
 }
 
+void CColourProgress::SetGap(int nAt, int nSize)
+{
+    m_nGapAt = nAt;
+    m_nGapSize = nSize;
+}
+
+void CColourProgress::RemovedInGap(int nLine, int nAt, bool bMoved, int nLines)
+{
+    // As Removed: the line's mark goes (into the gap), the one after it
+    // takes its place.
+    if (bMoved)
+        m_Lines[(size_t)nLine] = m_Lines[(size_t)nAt + 1];
+    if (m_bPending && m_nPending > nLine)
+        --m_nPending;
+    if (m_nFirstDirty != kNoDirt && m_nFirstDirty > nLine)
+        --m_nFirstDirty;
+    if (m_nLastDirty > nLine)
+        --m_nLastDirty;
+    Dirty(nLine, nLine, nLines);
+}
+
+void CColourProgress::CloseGap()
+{
+    m_Lines.erase(m_Lines.begin() + m_nGapAt, m_Lines.begin() + m_nGapAt + m_nGapSize);
+    m_nGapAt = m_nGapSize = 0;
+}
+
 void CColourProgress::RemovedBlock(int nLine, int nCount, int nLines)
 {
     if (nCount <= 0)
@@ -268,14 +295,14 @@ void CColourProgress::FullUpdate(CScriptText& text)
 
 void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
 {
-    const int n = (int)m_Lines.size();
+    const int n = (int)m_Lines.size() - m_nGapSize;
     nLast = std::min(nLast, n - 1);
     const int from = m_nPending;
     // Whether the first line recoloured is entered with the state its
     // predecessor leaves: then every line coloured here comes out clean.
     const bool bJoined = from == 0 ? !m_bPendingEntry
-                                   : (m_Lines[(size_t)from - 1] & kChained) &&
-                                         Exit(m_Lines[(size_t)from - 1]) == m_bPendingEntry;
+                                   : (m_Lines[At(from - 1)] & kChained) &&
+                                         Exit(m_Lines[At(from - 1)]) == m_bPendingEntry;
     bool bState = m_bPendingEntry;
     int i = from;
     bool bEnded = false;
@@ -291,7 +318,7 @@ void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
                     bEnded = true;
                     break;
                 }
-                const uint8_t m = m_Lines[(size_t)i];
+                const uint8_t m = m_Lines[At(i)];
                 if (Holds(m, bState)) {
                     // Met the state the line was coloured from: past the
                     // last unclean line nothing differs any more.
@@ -312,21 +339,21 @@ void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
                     break;
                 if ((i < nLast || !bColourLast) && bFlagOnly) {
                     // Not read: owed, its state followed.
-                    const bool bExit = bSample ? SampleCommentFlagAfter(text.m_arrLines.GetAt(i), bState) : bState;
-                    m_Lines[(size_t)i] =
+                    const bool bExit = bSample ? SampleCommentFlagAfter(text.m_arrLines.GetAt((int)At(i)), bState) : bState;
+                    m_Lines[At(i)] =
                         uint8_t(kChained | kOwed | (bState ? kEntry : 0) | (bExit ? kExit : 0));
                     bState = bExit;
                     continue;
                 }
                 if (!lent)
                     lent.emplace(c, m_snapKeys, m_snapOps, m_snapFuncs, m_bSnapNoCase);
-                std::vector<unsigned long>& colors = text.m_LineColors[(size_t)i];
-                m_Lines[(size_t)i] = 0; // half-coloured if the colorizer throws
+                std::vector<unsigned long>& colors = text.m_LineColors[At(i)];
+                m_Lines[At(i)] = 0; // half-coloured if the colorizer throws
                 colors.clear();
                 c.m_bInComment = bState;
-                c.SetLineColors(text.m_arrLines.GetAt(i), colors);
+                c.SetLineColors(text.m_arrLines.GetAt((int)At(i)), colors);
                 const bool bExit = c.m_bInComment;
-                m_Lines[(size_t)i] = uint8_t(kChained | (bState ? kEntry : 0) | (bExit ? kExit : 0));
+                m_Lines[At(i)] = uint8_t(kChained | (bState ? kEntry : 0) | (bExit ? kExit : 0));
                 bState = bExit;
             }
         } catch (...) {
@@ -361,7 +388,7 @@ void CColourProgress::Advance(CScriptText& text, int nLast, bool bColourLast)
             Dirty(from, from, n);
     }
     if (m_bFlagOwed) {
-        text.m_pColorizer->m_bInComment = n > 0 ? Exit(m_Lines[(size_t)n - 1]) : false;
+        text.m_pColorizer->m_bInComment = n > 0 ? Exit(m_Lines[At(n - 1)]) : false;
         m_bFlagOwed = false;
     }
 }

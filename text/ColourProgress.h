@@ -96,6 +96,18 @@ public:
     // marks come out as those of one line at a time.
     void InsertedBlock(int nLine, int nCount, int nLines);
     void RemovedBlock(int nLine, int nCount, int nLines);
+    // While the store removes lines one at a time without moving the lines
+    // after them each time (CScriptText::_RemoveLinesAlternate), its arrays
+    // and these marks hold a gap of nSize spent slots at nAt: the line
+    // counted i lies at i before the gap, at i + nSize past it. Only the
+    // recolouring's walk (Settle) reads lines meanwhile.
+    void SetGap(int nAt, int nSize);
+    // As Removed, for line nLine lying at nAt across the gap: its mark goes
+    // into the gap and, when bMoved, the next line's (at nAt + 1) moves
+    // down into nLine.
+    void RemovedInGap(int nLine, int nAt, bool bMoved, int nLines);
+    // The gap's slots go: the marks are the text's lines again.
+    void CloseGap();
     // nCount lines inserted one at a time at descending lines, the first at
     // nLine + nCount - 1 and each next one at the line above the one before:
     // they end at nLine, nLine + 2, ... (nLines: the count afterwards).
@@ -162,6 +174,10 @@ private:
 
     // Per line: kChained, kEntry, kExit, kOwed.
     std::vector<uint8_t> m_Lines;
+    // A gap in the store's arrays and m_Lines (see SetGap); At(i): where
+    // line i lies.
+    int m_nGapAt = 0, m_nGapSize = 0;
+    size_t At(int i) const { return (size_t)(i < m_nGapAt ? i : i + m_nGapSize); }
     // Lines outside [m_nFirstDirty, m_nLastDirty] are clean.
     int m_nFirstDirty = 0, m_nLastDirty = -1;
     // The outstanding recolouring: lines from m_nPending on, entered with

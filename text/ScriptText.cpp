@@ -72,12 +72,12 @@ namespace {
 // Calls count(length, lines) once for each length among the nCount lines:
 // the lines of a block mostly share a few hundred short lengths, which are
 // tallied first so that the length counts are updated once per length.
-template <class Count> void TallyLengths(const CString* lines, int nCount, Count count)
+template <class Length, class Count> void TallyLengthsOf(int nCount, Length length, Count count)
 {
     const int kShort = 1024;
     std::vector<int> tally;
     for (int i = 0; i < nCount; ++i) {
-        const int nLength = lines[i].GetLength();
+        const int nLength = length(i);
         if (nLength >= kShort) {
             count(nLength, 1);
             continue;
@@ -89,6 +89,11 @@ template <class Count> void TallyLengths(const CString* lines, int nCount, Count
     for (size_t nLength = 0; nLength < tally.size(); ++nLength)
         if (tally[nLength])
             count((int)nLength, tally[nLength]);
+}
+
+template <class Count> void TallyLengths(const CString* lines, int nCount, Count count)
+{
+    TallyLengthsOf(nCount, [lines](int i) { return lines[i].GetLength(); }, count);
 }
 
 } // namespace
@@ -365,6 +370,59 @@ void CScriptText::_RemoveLines(int nLine, int nCount)
     m_LineColors.erase(m_LineColors.begin() + nLine, m_LineColors.begin() + nLine + nCount);
     m_pProgress->RemovedBlock(nLine, nCount, m_arrLines.GetSize());
     FindMaxLineLen();
+}
+
+void CScriptText::_RemoveLinesAlternate(int nLine, int nCount)
+{
+    if (nCount <= 0)
+        return;
+    const int n0 = m_arrLines.GetSize();
+    if (nLine < 0 || nLine + 2 * (nCount - 1) >= n0 || (size_t)n0 != m_LineColors.size())
+        AfxThrowInvalidArgException();
+    std::vector<int> gone; // the lengths of the lines gone
+    gone.reserve((size_t)nCount);
+    // Step j removes the line counted nLine + j. The lines before it are in
+    // place; the j spent slots of the lines gone so far lie after them, and
+    // the rest of the text lies one slot further for each. So each step
+    // moves one line (the one after the line that goes), and the slots go
+    // once at the end. The recolouring reads the text across the gap.
+    CString* lines = m_arrLines.GetData();
+    std::vector<unsigned long>* colours = m_LineColors.data();
+    int gapAt = nLine, gapSize = 0;
+    auto close = [&] {
+        m_arrLines.RemoveAt(gapAt, gapSize);
+        m_LineColors.erase(m_LineColors.begin() + gapAt, m_LineColors.begin() + gapAt + gapSize);
+        m_pProgress->CloseGap();
+        TallyLengthsOf((int)gone.size(), [&](int i) { return gone[(size_t)i]; },
+                       [this](int nLength, int n) { CountLength(nLength, -n); });
+        FindMaxLineLen();
+    };
+    try {
+        for (int j = 0; j < nCount; ++j) {
+            const int k = nLine + j, at = k + j;
+            m_pProgress->SetGap(gapAt, gapSize);
+            m_pProgress->Settle(*this, k + 1);
+            gone.push_back(lines[at].GetLength());
+            lines[at] = CString();
+            colours[at] = std::vector<unsigned long>();
+            const bool bMoved = at + 1 < n0;
+            if (bMoved) {
+                lines[k] = std::move(lines[at + 1]);
+                colours[k] = std::move(colours[at + 1]);
+            }
+            m_pProgress->RemovedInGap(k, at, bMoved, n0 - j - 1);
+            // (Only the last line can have no line after it.)
+            gapAt = bMoved ? k + 1 : k;
+            gapSize = j + 1;
+        }
+    } catch (...) {
+        // The text as the removals made so far leave it.
+        m_pProgress->SetGap(gapAt, gapSize);
+        close();
+        throw;
+    }
+    m_pProgress->SetGap(gapAt, gapSize);
+    close();
 }
 
 void CScriptText::_RemoveAll()

@@ -53,6 +53,11 @@ public:
     // puts lines back): lines[i] ends at nLine + 2i, an old line between
     // each two. nLine + count - 1 must not lie past the end.
     void _InsertLinesAlternate(std::vector<CString>& lines, int nLine, int bColor);
+    // Lines removed one at a time at ascending lines, nLine, nLine + 1, ...
+    // (nCount of them, as the redo of that undo removes them): the lines at
+    // nLine, nLine + 2, ... go, each other line staying; done in one pass.
+    // nLine + 2 * (nCount - 1) must lie inside the store.
+    void _RemoveLinesAlternate(int nLine, int nCount);
     // Empties the store, leaving one empty line.
     void _RemoveAll();
     long _GetSize() const { return (long)m_arrLines.GetSize(); }

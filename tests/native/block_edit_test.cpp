@@ -125,9 +125,44 @@ TEST(BlockEdit, UndoOfRemovingEveryLine)
             EXPECT_TRUE(block_edit_model::SameEntries(ra, rb));
             EXPECT_EQ(tb.caret, ta.caret);
             EXPECT_EQ(tb.visits, ta.visits);
+            // The redo removes every other line, one at a time at ascending
+            // lines; with a recolouring outstanding (from the start of a
+            // copy, or from a line read part of the way) it walks the text
+            // as they go.
+            std::vector<CScriptText> copies(4);
+            for (int k = 0; k < 4; ++k) {
+                copies[(size_t)k].SetColorizer(k % 2 ? &cb : &ca);
+                copies[(size_t)k] = k % 2 ? b : a;
+                copies[(size_t)k].FullUpdate();
+                if (k >= 2 && copies[(size_t)k]._GetSize() > 0)
+                    copies[(size_t)k]._GetLineColors(copies[(size_t)k]._GetSize() / 3);
+            }
             ReplayUndoFrame(ra, ta);
             block_edit_model::ReferenceReplay(rb, tb);
             same("redo ");
+            for (int mode = 1; mode < 3; ++mode) {
+                CScriptText& a2 = copies[(size_t)(2 * mode - 2)];
+                CScriptText& b2 = copies[(size_t)(2 * mode - 1)];
+                block_edit_model::Target ta2{ a2, true, {}, {}, {} }, tb2{ b2, false, {}, {}, {} };
+                CUndoFrame rra = ReplayUndoFrame(ra, ta2);
+                CUndoFrame rrb = block_edit_model::ReferenceReplay(rb, tb2);
+                ASSERT_EQ(a2._GetSize(), b2._GetSize()) << "redo " << mode << ": " << n << "/" << left;
+                // The colours as they read, then after the next recolouring
+                // (which starts where the removals left lines unclean).
+                for (int pass = 0; pass < 2; ++pass) {
+                    for (int i = 0; i < a2._GetSize(); ++i) {
+                        ASSERT_EQ(a2.LineRef(i), b2.LineRef(i)) << "redo " << mode << ": " << n << "/" << left << " line " << i;
+                        ASSERT_EQ(a2._GetLineColors(i), b2._GetLineColors(i))
+                            << "redo " << mode << "." << pass << ": " << n << "/" << left << " line " << i;
+                    }
+                    a2.FullUpdate();
+                    b2.FullUpdate();
+                }
+                EXPECT_EQ(a2.FindMaxLineLen(), b2.FindMaxLineLen());
+                EXPECT_TRUE(block_edit_model::SameEntries(rra, rrb));
+                EXPECT_EQ(tb2.caret, ta2.caret);
+                EXPECT_EQ(tb2.visits, ta2.visits);
+            }
         }
 }
 

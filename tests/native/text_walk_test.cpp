@@ -127,6 +127,7 @@ struct StoreTarget
     void SetCursor(CPoint p) { caret = p; }
     void SetAnchor(CPoint p) { anchor = p; }
     void RemoveBlock(int n, int count) { t._RemoveLines(n, count); }
+    void RemoveAlternate(int n, int count) { t._RemoveLinesAlternate(n, count); }
     void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd) { t._InsertLines(lines, n, 1, bFromEnd); }
     void InsertAlternate(std::vector<CString>& lines, int n) { t._InsertLinesAlternate(lines, n, 1); }
     void Visit(int, int) {}

@@ -84,6 +84,14 @@ struct Target
             for (int i = 0; i < count; ++i)
                 t._RemoveLine(n);
     }
+    void RemoveAlternate(int n, int count)
+    {
+        if (bBlocks)
+            t._RemoveLinesAlternate(n, count);
+        else
+            for (int i = 0; i < count; ++i)
+                t._RemoveLine(n + i);
+    }
     void InsertBlock(std::vector<CString>& lines, int n, bool bFromEnd)
     {
         if (bBlocks)
