@@ -55,9 +55,11 @@ asan: $(ASAN)/build.ninja
 # AddressSanitizer): a bounded run from an empty corpus.
 fuzz: | deps
 	mkdir -p $(FUZZ)
+	clang++ -std=c++17 -O1 -g -fsanitize=fuzzer-no-link,address,undefined -I. -mavx2 \
+	  -c text/TextSearchAvx2.cpp -o $(FUZZ)/TextSearchAvx2.o
 	clang++ -std=c++17 -O1 -g -fsanitize=fuzzer,address,undefined -I. \
 	  framework/afxexcept.cpp framework/afxstr.cpp framework/afxstrmem.cpp \
-	  text/TextWalk.cpp text/TextSearch.cpp tests/fuzz/search_fuzz.cpp -o $(FUZZ)/search_fuzz
+	  text/TextWalk.cpp text/TextSearch.cpp $(FUZZ)/TextSearchAvx2.o tests/fuzz/search_fuzz.cpp -o $(FUZZ)/search_fuzz
 	cd $(FUZZ) && ./search_fuzz -runs=$(FUZZ_RUNS) -max_len=200 -seed=1 >search_fuzz.log 2>&1 \
 	  || { tail -40 search_fuzz.log; exit 1; }
 	@tail -1 $(FUZZ)/search_fuzz.log

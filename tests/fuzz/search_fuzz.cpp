@@ -6,6 +6,7 @@
 // out and uncommenting it from column 0 gives the line back; a search over
 // many lines finds what searching them one by one finds.
 #include "text/TextSearch.h"
+#include "text/TextSearchIsa.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -91,6 +92,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         }
         int col = -2;
         Check(SearchLinesForward(lines.data(), first, n, what.GetString(), start, flags, col) == expected);
+        Check(col == expectedCol);
+        // The SSE2 form as well, where the processor's is AVX2.
+        col = -2;
+        Check(SearchLinesForwardWith(false, lines.data(), first, n, what.GetString(), start, flags, col) == expected);
         Check(col == expectedCol);
     }
     return 0;

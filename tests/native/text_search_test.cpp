@@ -2,6 +2,7 @@
 #include "text/TextSearch.h"
 #include "test_util.h"
 #include "tests/support/SearchAgreement.h"
+#include "text/TextSearchIsa.h"
 
 TEST(TextSearch, ReverseFind)
 {
@@ -111,4 +112,9 @@ TEST(TextSearch, SearchLinesForwardFindsWhatSearchLineFinds)
 TEST(TextSearch, SearchLinesForwardAgreesOnRandomLines)
 {
     EXPECT_EQ("", search_agreement::FirstDisagreement(2000));
+    // Both vector forms: the processor's (AVX2 where it has it) above,
+    // SSE2 here.
+    auto sse2 = [](const CString* lines, int nFirst, int nEnd, const wchar_t* what, int nPos, unsigned short flags,
+                   int& nCol) { return SearchLinesForwardWith(false, lines, nFirst, nEnd, what, nPos, flags, nCol); };
+    EXPECT_EQ("", search_agreement::FirstDisagreement(2000, sse2));
 }

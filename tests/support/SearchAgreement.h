@@ -18,7 +18,10 @@ namespace search_agreement {
 // steps, the short lines' reads past their end, the tails) from a small
 // alphabet with both cases, blanks, comment characters and non-ASCII
 // letters; what to find from the same alphabet, in all four flag forms.
-inline std::string Rounds(int rounds)
+using SearchFn = int (*)(const CString* lines, int nFirst, int nEnd, const wchar_t* what, int nPos,
+                         unsigned short flags, int& nCol);
+
+inline std::string Rounds(int rounds, SearchFn search)
 {
     uint32_t seed = 12345;
     auto next = [&seed](uint32_t n) {
@@ -46,7 +49,7 @@ inline std::string Rounds(int rounds)
         if (expected == n)
             expectedCol = -1;
         int col = 0;
-        const int got = SearchLinesForward(lines.data(), 0, n, what, 0, flags, col);
+        const int got = search(lines.data(), 0, n, what, 0, flags, col);
         if (got != expected || col != expectedCol)
             return "round " + std::to_string(round) + ": line " + std::to_string(got) + " column " +
                    std::to_string(col) + ", one line at a time line " + std::to_string(expected) + " column " +
@@ -59,9 +62,9 @@ inline std::string Rounds(int rounds)
 // and as many again in one where non-ASCII letters have one too (a host
 // may set it): there a later character of what is matched by non-ASCII
 // line characters, which the many-column test must let through.
-inline std::string FirstDisagreement(int rounds)
+inline std::string FirstDisagreement(int rounds, SearchFn search = SearchLinesForward)
 {
-    std::string result = Rounds(rounds);
+    std::string result = Rounds(rounds, search);
     if (!result.empty())
         return "C locale, " + result;
     const std::string before = std::setlocale(LC_CTYPE, nullptr);
@@ -71,7 +74,7 @@ inline std::string FirstDisagreement(int rounds)
             folding = name;
             break;
         }
-    result = folding ? Rounds(rounds) : "no locale gives \u00E9 an upper case";
+    result = folding ? Rounds(rounds, search) : "no locale gives \u00E9 an upper case";
     std::setlocale(LC_CTYPE, before.c_str());
     return result.empty() || !folding ? result : std::string(folding) + " locale, " + result;
 }
