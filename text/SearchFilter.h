@@ -303,13 +303,15 @@ template <class Test>
 int ScanLines(const CString* lines, int line, int nEnd, const wchar_t* what, int nPos, unsigned short flags,
               int& nCol, const Test& test)
 {
-    const int kAhead = 0;
+    // (Sixteen lines ahead: a search that finds nothing in 10 MiB took
+    // 2.5-2.6 ms so, 3.8-4.2 ms without; eight and thirty-two did no better.)
+    const int kAhead = 16;
     const int nFirst = line;
     for (; line < nEnd; ++line) {
-        // Lines live in blocks of their own: the one a few lines ahead is
+        // Lines live in blocks of their own: the one some lines ahead is
         // fetched while this one is searched, so the scan waits on memory
         // once, not once a line (its length stands just before its text).
-        if (kAhead && line + kAhead < nEnd) {
+        if (line + kAhead < nEnd) {
             const char* ahead = (const char*)lines[line + kAhead].GetString();
             __builtin_prefetch(ahead - 8);
             __builtin_prefetch(ahead + 56);
