@@ -145,10 +145,10 @@ struct Bytes
 };
 
 // Lines made of pieces that matter to the colouring and the store: words,
-// blanks, comment delimiters, a surrogate pair, nothing at all.
+// blanks, a tab, comment delimiters, a surrogate pair, nothing at all.
 inline CString MakeLine(Bytes& b)
 {
-    static const wchar_t* const kPieces[] = {L"a", L"  ", L"/*", L"*/", L"//", L"x", L"\xD83D\xDE00", L"if", L"\"s\"", L"1"};
+    static const wchar_t* const kPieces[] = {L"a", L"  ", L"/*", L"*/", L"//", L"x", L"\xD83D\xDE00", L"if", L"\"s\"", L"\t1"};
     CString s;
     for (unsigned k = b.Below(6); k > 0; --k)
         s += kPieces[b.Below(10)];
