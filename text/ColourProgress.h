@@ -167,12 +167,12 @@ private:
     void MoveMarksDown(int nLine, int nCount);
     bool SnapshotCurrent(const CColorizer& c) const;
     // The same, remembered for the rest of a colouring batch, in which the
-    // words cannot change unseen: a block of lines asks once per line.
+    // words cannot change unseen (a block asks for every line it changes).
     bool SnapshotCurrentInBatch(const CColorizer& c);
     // The flag a host's line-local colorizer leaves after line nLine.
     bool ExitAfter(CScriptText& text, int nLine, bool bState);
 
-    // Per line: kChained, kEntry, kExit, kOwed.
+    // Per line: kChained, kEntry, kExit, kOwed, kFill, kShut.
     std::vector<uint8_t> m_Lines;
     // A gap in the store's arrays and m_Lines (see SetGap); At(i): where
     // line i lies.
