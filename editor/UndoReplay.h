@@ -95,6 +95,24 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
         target.SetAnchor(e.anchor);
         reverse.AddEntry(std::move(r));
     };
+    // The first count entries of the run applied as one block: their
+    // visits and reverse entries, as one entry at a time would have made
+    // them (n0: the line count before the block; gone(j): the line entry j
+    // removes, counted before the block).
+    auto blockEntries = [&](int count, int n0, bool insert, auto gone) {
+        for (int j = 0; j < count; ++j)
+            target.Visit(run[(size_t)j].line, insert ? n0 + j : n0 - j);
+        for (int j = 0; j < count; ++j) {
+            UndoEntry r;
+            r.line = run[(size_t)j].line;
+            r.kind = insert ? LineInserted : LineRemoved;
+            if (!insert)
+                r.text = target.Line(gone(j));
+            r.cursor = j == 0 ? target.Cursor() : run[(size_t)j - 1].cursor;
+            r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
+            reverse.AddEntry(std::move(r));
+        }
+    };
     while (frame.PopEntry(e)) {
         if (e.kind != LineRemoved && e.kind != LineInserted) {
             single(e);
@@ -120,18 +138,9 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
             const int fit = first >= 0 && first < n0 ? std::min(m, (n0 - first + 1) / 2) : 0;
             int j = 0;
             if (fit >= 2) {
-                for (; j < fit; ++j)
-                    target.Visit(run[(size_t)j].line, n0 - j);
-                for (j = 0; j < fit; ++j) {
-                    UndoEntry r;
-                    r.line = run[(size_t)j].line;
-                    r.kind = LineRemoved;
-                    r.text = target.Line(first + 2 * j);
-                    r.cursor = j == 0 ? target.Cursor() : run[(size_t)j - 1].cursor;
-                    r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
-                    reverse.AddEntry(std::move(r));
-                }
+                blockEntries(fit, n0, false, [first](int k) { return first + 2 * k; });
                 target.RemoveAlternate(first, fit);
+                j = fit;
                 target.SetCursor(run[(size_t)fit - 1].cursor);
                 target.SetAnchor(run[(size_t)fit - 1].anchor);
             }
@@ -154,20 +163,8 @@ template <class Target> CUndoFrame ReplayUndoFrame(CUndoFrame frame, Target& tar
                 single(x);
             continue;
         }
-        for (int j = 0; j < m; ++j)
-            target.Visit(run[(size_t)j].line, insert ? n0 + j : n0 - j);
-        // The reverse entries, as one entry at a time would have made them.
+        blockEntries(m, n0, insert, [first, step](int j) { return step == 0 ? first + j : first - j; });
         const int low = insert || step == 0 ? first : first - m + 1;
-        for (int j = 0; j < m; ++j) {
-            UndoEntry r;
-            r.line = run[(size_t)j].line;
-            r.kind = insert ? LineInserted : LineRemoved;
-            if (!insert)
-                r.text = target.Line(step == 0 ? first + j : first - j);
-            r.cursor = j == 0 ? target.Cursor() : run[(size_t)j - 1].cursor;
-            r.anchor = j == 0 ? target.Anchor() : run[(size_t)j - 1].anchor;
-            reverse.AddEntry(std::move(r));
-        }
         if (insert && step == -1) {
             if (appended > 0) {
                 std::vector<CString> tail((size_t)appended);

@@ -105,6 +105,11 @@ void CColourProgress::Changed(int nLine, int nLines)
 void CColourProgress::Removed(int nLine, int nLines)
 {
     m_Lines.erase(m_Lines.begin() + nLine);
+    MarksUpAfterRemoval(nLine, nLines);
+}
+
+void CColourProgress::MarksUpAfterRemoval(int nLine, int nLines)
+{
     if (m_bPending && m_nPending > nLine)
         --m_nPending;
     if (m_nFirstDirty != kNoDirt && m_nFirstDirty > nLine)
@@ -203,13 +208,7 @@ void CColourProgress::RemovedInGap(int nLine, int nAt, bool bMoved, int nLines)
     // takes its place.
     if (bMoved)
         m_Lines[(size_t)nLine] = m_Lines[(size_t)nAt + 1];
-    if (m_bPending && m_nPending > nLine)
-        --m_nPending;
-    if (m_nFirstDirty != kNoDirt && m_nFirstDirty > nLine)
-        --m_nFirstDirty;
-    if (m_nLastDirty > nLine)
-        --m_nLastDirty;
-    Dirty(nLine, nLine, nLines);
+    MarksUpAfterRemoval(nLine, nLines);
 }
 
 void CColourProgress::CloseGap()

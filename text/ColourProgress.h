@@ -165,6 +165,10 @@ private:
     // The watermark and the unclean range follow nCount lines inserted at
     // nLine (marks at or below it move down).
     void MoveMarksDown(int nLine, int nCount);
+    // The watermark and the unclean range after line nLine was removed
+    // (nLines: the count afterwards), the line that moved up into nLine
+    // marked unclean.
+    void MarksUpAfterRemoval(int nLine, int nLines);
     bool SnapshotCurrent(const CColorizer& c) const;
     // The same, remembered for the rest of a colouring batch, in which the
     // words cannot change unseen (a block asks for every line it changes).

@@ -204,17 +204,17 @@ template <class Put> int CScriptText::StoreLine(int nLine, Put put)
     m_pProgress->Changed(nLine, m_arrLines.GetSize());
     m_pColorizer->m_bInComment = false;
     m_pProgress->FlagCleared();
+    if (nLine > 0 && !text.IsEmpty() && HasCommentDelimiter(text)) {
+        if (m_bDeferFullUpdate && typeid(*m_pColorizer) == typeid(CSampleColorizer))
+            m_bFullUpdateDue = true;
+        else
+            FullUpdate();
+        return 1;
+    }
     // The sample colorizer's colours of the line are made when it is read
     // (a block of lines set is mostly never read before it is recoloured).
     const bool bOwe = m_pProgress->CanOweSet(*m_pColorizer);
     if (nLine > 0 && !text.IsEmpty()) {
-        if (HasCommentDelimiter(text)) {
-            if (m_bDeferFullUpdate && typeid(*m_pColorizer) == typeid(CSampleColorizer))
-                m_bFullUpdateDue = true;
-            else
-                FullUpdate();
-            return 1;
-        }
         // The line above ends inside an open block comment: this whole line
         // is comment text (a line that could close it took the branch above).
         bool bAboveOpen = false;
@@ -390,6 +390,7 @@ void CScriptText::_RemoveLinesAlternate(int nLine, int nCount)
     std::vector<unsigned long>* colours = m_LineColors.data();
     int gapAt = nLine, gapSize = 0;
     auto close = [&] {
+        m_pProgress->SetGap(gapAt, gapSize);
         m_arrLines.RemoveAt(gapAt, gapSize);
         m_LineColors.erase(m_LineColors.begin() + gapAt, m_LineColors.begin() + gapAt + gapSize);
         m_pProgress->CloseGap();
@@ -417,11 +418,9 @@ void CScriptText::_RemoveLinesAlternate(int nLine, int nCount)
         }
     } catch (...) {
         // The text as the removals made so far leave it.
-        m_pProgress->SetGap(gapAt, gapSize);
         close();
         throw;
     }
-    m_pProgress->SetGap(gapAt, gapSize);
     close();
 }
 
